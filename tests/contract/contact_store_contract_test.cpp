@@ -1,0 +1,372 @@
+// What every address book promises, over every backend; then a random walk
+// that does the same to two of them and compares.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <thread>
+
+#include "contacts/address_book.h"
+#include "contacts/testing/in_memory_contact_store.h"
+#include "platform/linux/sqlite/sqlite_contact_store.h"
+
+namespace varnok {
+namespace {
+
+class TemporaryDirectory {
+ public:
+  TemporaryDirectory() {
+    std::string name = (std::filesystem::temp_directory_path() / "varnok-XXXXXX").string();
+    path_ = mkdtemp(name.data());
+  }
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+  ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
+  std::string file(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+struct Backend {
+  std::string name;
+  std::function<std::unique_ptr<ContactStoreProvider>(const TemporaryDirectory&)> make;
+};
+
+const Backend kInMemory{"InMemory", [](const auto&) { return std::make_unique<InMemoryContactStoreProvider>(); }};
+const Backend kSQLite{"SQLite", [](const TemporaryDirectory& directory) {
+                        return std::make_unique<SQLiteContactStoreProvider>(directory.file("contacts.db"));
+                      }};
+
+MultiValue list(PropertyType type, std::vector<MultiValueEntry> entries) { return {type, std::move(entries)}; }
+
+MultiValue phones(std::vector<MultiValueEntry> entries) { return list(PropertyType::multiText, std::move(entries)); }
+
+class ContactStoreContract : public testing::TestWithParam<Backend> {
+ protected:
+  std::unique_ptr<ContactStore> open() {
+    Status status;
+    auto store = provider_->open(status);
+    EXPECT_TRUE(status.ok()) << status.message();
+    return store;
+  }
+
+  RecordID addSaved(const std::string& firstName) {
+    auto store = open();
+    const PersonRef person = ABPersonCreate();
+    person->setValue(kABPersonFirstNameProperty, firstName).ignore("text fits");
+    EXPECT_TRUE(store->addRecord(person).ok());
+    EXPECT_EQ(person->recordID(), kInvalidRecordID);
+    EXPECT_TRUE(store->save().ok());
+    return person->recordID();
+  }
+
+  std::optional<std::string> firstName(RecordID id) {
+    auto store = open();
+    return copyText(store->personWithRecordID(id), kABPersonFirstNameProperty);
+  }
+
+  TemporaryDirectory directory_;
+  std::unique_ptr<ContactStoreProvider> provider_ = GetParam().make(directory_);
+};
+
+TEST_P(ContactStoreContract, KeepsEveryKindOfValue) {
+  const std::string image("\x89PNG\0\r\n", 7);
+  const std::map<PropertyID, PropertyValue> values{
+      {kABPersonFirstNameProperty, std::string("Ada \0 \xff <ü>", 11)},
+      {kABPersonLastNameProperty, std::string()},
+      {kABPersonBirthdayProperty, Instant(std::chrono::seconds(-4'000'000'000))},
+      {kABPersonKindProperty, std::int64_t{1}},
+      {kABPersonPhoneProperty,
+       phones({{std::string(label::kMobile), "1"}, {std::nullopt, "2"}, {"", ""}, {"my \"own\"", "3"}})},
+      {kABPersonDateProperty, list(PropertyType::multiDateTime, {{std::nullopt, Instant(std::chrono::seconds(7))}})},
+      {kABPersonAddressProperty,
+       list(PropertyType::multiDictionary,
+            {{"x", Dictionary{{"Street", "1:2\n3"}, {"City", ""}}}, {std::nullopt, Dictionary()}})},
+  };
+  const PersonRef person = ABPersonCreate();
+  for (const auto& [property, value] : values) ASSERT_TRUE(person->setValue(property, value).ok());
+  person->setImage(image);
+  auto writing = open();
+  ASSERT_TRUE(writing->addRecord(person).ok());
+  ASSERT_TRUE(writing->save().ok());
+
+  auto reading = open();
+  const PersonRef read = reading->personWithRecordID(person->recordID());
+  ASSERT_NE(read, nullptr);
+  for (const Property& property : allProperties()) {
+    const auto expected = values.find(property.id);
+    EXPECT_EQ(read->value(property.id), expected == values.end() ? std::nullopt : std::optional(expected->second))
+        << property.name;
+  }
+  EXPECT_EQ(read->image(), image);
+  EXPECT_TRUE(reading->readStatus().ok());
+}
+
+TEST_P(ContactStoreContract, RefusesAValueOfAnotherType) {
+  const PersonRef person = ABPersonCreate();
+  EXPECT_FALSE(person->setValue(kABPersonPhoneProperty, "555").ok());
+  EXPECT_FALSE(person->setValue(kABPersonFirstNameProperty, phones({{std::nullopt, "1"}})).ok());
+  EXPECT_FALSE(person->setValue(kABPersonDateProperty, phones({{std::nullopt, "1"}})).ok());
+  EXPECT_EQ(person->value(kABPersonPhoneProperty), std::nullopt);
+}
+
+TEST_P(ContactStoreContract, AListWithoutEntriesIsAbsent) {
+  const RecordID id = addSaved("Ada");
+  auto store = open();
+  const PersonRef ada = store->personWithRecordID(id);
+  ASSERT_TRUE(ada->setValue(kABPersonPhoneProperty, phones({{std::nullopt, "1"}})).ok());
+  ASSERT_TRUE(store->save().ok());
+  ASSERT_TRUE(ada->setValue(kABPersonPhoneProperty, phones({})).ok());
+  EXPECT_EQ(ada->value(kABPersonPhoneProperty), std::nullopt);
+  ASSERT_TRUE(store->save().ok());
+  EXPECT_EQ(open()->personWithRecordID(id)->value(kABPersonPhoneProperty), std::nullopt);
+}
+
+TEST_P(ContactStoreContract, DropsWhatWasNotSaved) {
+  const RecordID id = addSaved("Ada");
+  {
+    auto store = open();
+    ASSERT_TRUE(store->addRecord(ABPersonCreate()).ok());
+    ASSERT_TRUE(store->personWithRecordID(id)->setValue(kABPersonFirstNameProperty, "Bob").ok());
+    ASSERT_TRUE(store->removeRecord(store->personWithRecordID(id)).ok());
+    EXPECT_EQ(store->personCount(), 1);
+  }
+  EXPECT_EQ(open()->personCount(), 1);
+  EXPECT_EQ(firstName(id), "Ada");
+}
+
+TEST_P(ContactStoreContract, ManyAdditionsStayPendingAndOutOfSight) {
+  addSaved("Ada");
+  auto store = open();
+  for (int i = 0; i < 1000; ++i) ASSERT_TRUE(store->addRecord(ABPersonCreate()).ok());
+  EXPECT_EQ(store->personCount(), 1);
+  EXPECT_EQ(store->allPeople().size(), 1U);
+  EXPECT_EQ(open()->personCount(), 1);
+  ASSERT_TRUE(store->save().ok());
+  EXPECT_EQ(store->personCount(), 1001);
+  {
+    auto dropped = open();
+    for (int i = 0; i < 1000; ++i) ASSERT_TRUE(dropped->addRecord(ABPersonCreate()).ok());
+  }
+  EXPECT_EQ(open()->personCount(), 1001);
+}
+
+TEST_P(ContactStoreContract, APersonStillHeldMayChangeUntilTheSave) {
+  auto store = open();
+  std::vector<PersonRef> held;
+  for (int i = 0; i < 600; ++i) {
+    held.push_back(ABPersonCreate());
+    ASSERT_TRUE(store->addRecord(held.back()).ok());
+    EXPECT_FALSE(store->addRecord(held.back()).ok());
+  }
+  ASSERT_TRUE(held[0]->setValue(kABPersonFirstNameProperty, "late").ok());
+  ASSERT_TRUE(store->removeRecord(held[1]).ok());
+  ASSERT_TRUE(store->save().ok());
+  EXPECT_EQ(firstName(held[0]->recordID()), "late");
+  EXPECT_EQ(held[1]->recordID(), kInvalidRecordID);
+  EXPECT_EQ(open()->personCount(), 599);
+}
+
+TEST_P(ContactStoreContract, IdentifiersAreNeverUsedAgain) {
+  const RecordID first = addSaved("Ada");
+  auto store = open();
+  ASSERT_TRUE(store->removeRecord(store->personWithRecordID(first)).ok());
+  ASSERT_TRUE(store->save().ok());
+  EXPECT_EQ(store->personWithRecordID(first), nullptr);
+  EXPECT_GT(addSaved("Bob"), first);
+}
+
+TEST_P(ContactStoreContract, ChangesOfDifferentPropertiesBothWin) {
+  const RecordID id = addSaved("Ada");
+  auto one = open();
+  auto two = open();
+  const PersonRef inOne = one->personWithRecordID(id);
+  const PersonRef inTwo = two->personWithRecordID(id);
+  ASSERT_TRUE(inOne->setValue(kABPersonLastNameProperty, "One").ok());
+  ASSERT_TRUE(inTwo->setValue(kABPersonNicknameProperty, "Two").ok());
+  ASSERT_TRUE(inTwo->setValue(kABPersonPhoneProperty, phones({{std::nullopt, "2"}})).ok());
+  ASSERT_TRUE(one->save().ok());
+  ASSERT_TRUE(two->save().ok());
+  auto reading = open();
+  const PersonRef read = reading->personWithRecordID(id);
+  EXPECT_EQ(copyText(read, kABPersonFirstNameProperty), "Ada");
+  EXPECT_EQ(copyText(read, kABPersonLastNameProperty), "One");
+  EXPECT_EQ(copyText(read, kABPersonNicknameProperty), "Two");
+  EXPECT_EQ(copyList(read, kABPersonPhoneProperty).entries.size(), 1U);
+}
+
+TEST_P(ContactStoreContract, AHandleSeesOneStateOfTheBookUntilItsSave) {
+  const RecordID id = addSaved("Ada");
+  auto early = open();
+  EXPECT_EQ(early->personCount(), 1);
+  addSaved("Bob");
+  {
+    auto other = open();
+    ASSERT_TRUE(other->removeRecord(other->personWithRecordID(id)).ok());
+    ASSERT_TRUE(other->save().ok());
+  }
+  EXPECT_EQ(early->personCount(), 1);
+  EXPECT_EQ(copyText(early->personWithRecordID(id), kABPersonFirstNameProperty), "Ada");
+  // Changing a person whom another handle has removed does not bring it back.
+  ASSERT_TRUE(early->personWithRecordID(id)->setValue(kABPersonFirstNameProperty, "Eve").ok());
+  ASSERT_TRUE(early->save().ok());
+  EXPECT_EQ(early->personCount(), 1);
+  EXPECT_EQ(early->personWithRecordID(id), nullptr);
+}
+
+TEST_P(ContactStoreContract, EveryHandleOfAPersonSeesItsPendingChange) {
+  const RecordID id = addSaved("Ada");
+  auto store = open();
+  const PersonRef before = store->personWithRecordID(id);
+  ASSERT_TRUE(store->allPeople()[0]->setValue(kABPersonFirstNameProperty, "Bob").ok());
+  EXPECT_EQ(copyText(before, kABPersonFirstNameProperty), "Bob");
+  ASSERT_TRUE(before->removeValue(kABPersonFirstNameProperty).ok());
+  EXPECT_EQ(copyText(store->personWithRecordID(id), kABPersonFirstNameProperty), std::nullopt);
+}
+
+TEST_P(ContactStoreContract, ManyThreadsSaveAndNothingIsLost) {
+  constexpr int kThreads = 4;
+  constexpr int kSaves = 10;
+  std::vector<std::jthread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < kSaves; ++i) addSaved("x");
+    });
+  }
+  threads.clear();
+  EXPECT_EQ(open()->personCount(), kThreads * kSaves);
+}
+
+INSTANTIATE_TEST_SUITE_P(, ContactStoreContract, testing::Values(kInMemory, kSQLite),
+                         [](const auto& tested) { return tested.param.name; });
+
+// --- The random walk ---
+
+using Random = std::mt19937;
+
+int pick(Random& random, int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); }
+
+std::string anyText(Random& random) {
+  static const std::vector<std::string> kTexts{"", "a", "Zoë", "\n", "12:34", std::string(2000, 'x'), "\xc3\x28"};
+  return kTexts[static_cast<std::size_t>(pick(random, static_cast<int>(kTexts.size())))];
+}
+
+EntryValue anyEntry(Random& random, PropertyType type) {
+  if (type == PropertyType::multiDateTime) return Instant(std::chrono::seconds(pick(random, 1000) - 500));
+  if (type == PropertyType::multiText) return anyText(random);
+  Dictionary dictionary;
+  for (int i = pick(random, 4); i > 0; --i) dictionary.put(std::to_string(pick(random, 5)), anyText(random));
+  return dictionary;
+}
+
+PropertyValue anyValue(Random& random, PropertyType type) {
+  if (type == PropertyType::text) return anyText(random);
+  if (type == PropertyType::integer) return std::int64_t{pick(random, 2)};
+  if (type == PropertyType::dateTime) return Instant(std::chrono::seconds(pick(random, 1000)));
+  MultiValue list{type, {}};
+  for (int i = pick(random, 4); i > 0; --i) {
+    list.entries.push_back({pick(random, 3) == 0 ? std::nullopt : std::optional(anyText(random)), anyEntry(random, type)});
+  }
+  return list;
+}
+
+struct Step {
+  enum class Kind { add, change, clear, image, remove, save, reopen };
+  Kind kind;
+  std::size_t who;  // Modulo the number of persons.
+  PropertyID property;
+  PropertyValue value;
+};
+
+Step anyStep(Random& random) {
+  const int dice = pick(random, 20);
+  const auto kind = dice < 5    ? Step::Kind::add
+                    : dice < 11 ? Step::Kind::change
+                    : dice < 13 ? Step::Kind::clear
+                    : dice < 14 ? Step::Kind::image
+                    : dice < 16 ? Step::Kind::remove
+                    : dice < 19 ? Step::Kind::save
+                                : Step::Kind::reopen;
+  const auto& property = allProperties()[static_cast<std::size_t>(pick(random, 22))];
+  return {kind, random(), property.id, anyValue(random, property.type)};
+}
+
+void apply(const Step& step, ContactStoreProvider& provider, std::unique_ptr<ContactStore>& store) {
+  const PersonArray people = store->allPeople();
+  const PersonRef person = people.empty() ? nullptr : people[step.who % people.size()];
+  Status status;
+  switch (step.kind) {
+    case Step::Kind::add: {
+      const PersonRef added = ABPersonCreate();
+      ASSERT_TRUE(added->setValue(step.property, step.value).ok());
+      ASSERT_TRUE(store->addRecord(added).ok());
+      return;
+    }
+    case Step::Kind::change: ABRecordSetValue(person, step.property, step.value).ignore("nobody there yet"); return;
+    case Step::Kind::clear: ABRecordRemoveValue(person, step.property).ignore("nobody there yet"); return;
+    case Step::Kind::image:
+      if (person != nullptr) person->setImage(step.who % 3 == 0 ? std::nullopt : std::optional<std::string>("bytes"));
+      return;
+    case Step::Kind::remove: store->removeRecord(person).ignore("nobody there yet"); return;
+    case Step::Kind::save: ASSERT_TRUE(store->save().ok()); return;
+    case Step::Kind::reopen:
+      store.reset();
+      store = provider.open(status);
+      ASSERT_NE(store, nullptr);
+      return;
+  }
+}
+
+std::string written(ContactStore& store) {
+  std::string text;
+  const PersonArray people = store.allPeople();
+  for (std::size_t i = 0; i < people.size(); ++i) {
+    const PersonRef person = people[i];
+    text += "person " + std::to_string(person->recordID()) + (person->hasImage() ? " image " : " ") +
+            person->image().value_or("") + "\n";
+    for (const Property& property : allProperties()) {
+      const auto value = person->value(property.id);
+      if (value) text += std::string(property.name) + " " + testing::PrintToString(value->index()) + "\n";
+    }
+  }
+  return text;
+}
+
+void expectEqualBooks(ContactStore& one, ContactStore& two) {
+  ASSERT_EQ(written(one), written(two));
+  const PersonArray people = one.allPeople();
+  const PersonArray others = two.allPeople();
+  for (std::size_t i = 0; i < people.size(); ++i) {
+    for (const Property& property : allProperties()) {
+      ASSERT_EQ(people[i]->value(property.id), others[i]->value(property.id)) << property.name;
+    }
+  }
+}
+
+TEST(ContactStoreRandomWalk, BothBackendsGiveEqualBooks) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  Random random(seed);
+  const TemporaryDirectory directory;
+  const auto memory = kInMemory.make(directory);
+  const auto sqlite = kSQLite.make(directory);
+  Status status;
+  auto inMemory = memory->open(status);
+  auto inSQLite = sqlite->open(status);
+  for (int step = 0; step < 2000; ++step) {
+    const Step next = anyStep(random);
+    apply(next, *memory, inMemory);
+    apply(next, *sqlite, inSQLite);
+    if (step % 20 != 0) continue;
+    ASSERT_NO_FATAL_FAILURE(expectEqualBooks(*inMemory, *inSQLite)) << "step " << step;
+  }
+  ASSERT_TRUE(inMemory->save().ok() && inSQLite->save().ok());
+  expectEqualBooks(*inMemory, *inSQLite);
+}
+
+}  // namespace
+}  // namespace varnok

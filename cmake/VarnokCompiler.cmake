@@ -10,6 +10,11 @@ if(VARNOK_SANITIZE)
   add_link_options(-fsanitize=${VARNOK_SANITIZE})
 endif()
 
+if(VARNOK_FUZZ)
+  # Coverage of the libraries, not of the targets alone, guides the fuzzer.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 find_program(VARNOK_CCACHE ccache)
 if(VARNOK_CCACHE)
   set(CMAKE_C_COMPILER_LAUNCHER ${VARNOK_CCACHE})

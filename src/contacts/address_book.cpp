@@ -5,8 +5,12 @@
 namespace varnok {
 namespace {
 
-Status noAccess() { return {Status::Code::accessDenied, "the address book is not open"}; }
-Status noPerson() { return {Status::Code::invalidArgument, "there is no such person"}; }
+Status noAccess() {
+  return {Status::Code::accessDenied, "the address book is not open"};
+}
+Status noPerson() {
+  return {Status::Code::invalidArgument, "there is no such person"};
+}
 
 bool has(const MultiValue& list, int index) {
   return index >= 0 && static_cast<std::size_t>(index) < list.entries.size();
@@ -54,7 +58,9 @@ Status ABAddressBookSave(ContactStore* addressBook) {
   return addressBook == nullptr ? noAccess() : addressBook->save();
 }
 
-PersonRef ABPersonCreate() { return std::make_shared<ContactRecord>(); }
+PersonRef ABPersonCreate() {
+  return std::make_shared<ContactRecord>();
+}
 
 RecordID ABRecordGetRecordID(const PersonRef& person) {
   return person == nullptr ? kInvalidRecordID : person->recordID();
@@ -93,17 +99,25 @@ std::optional<std::string> ABRecordCopyCompositeName(const PersonRef& person) {
   return organization;
 }
 
-bool ABPersonHasImageData(const PersonRef& person) { return person != nullptr && person->hasImage(); }
+bool ABPersonHasImageData(const PersonRef& person) {
+  return person != nullptr && person->hasImage();
+}
 
 std::optional<std::string> ABPersonCopyImageData(const PersonRef& person) {
   return person == nullptr ? std::nullopt : person->image();
 }
 
-SortOrdering ABPersonGetSortOrdering(const ContactStoreProvider& provider) { return provider.sortOrdering(); }
+SortOrdering ABPersonGetSortOrdering(const ContactStoreProvider& provider) {
+  return provider.sortOrdering();
+}
 
-PropertyType ABPersonGetTypeOfProperty(PropertyID property) { return propertyOf(property).type; }
+PropertyType ABPersonGetTypeOfProperty(PropertyID property) {
+  return propertyOf(property).type;
+}
 
-int ABMultiValueGetCount(const MultiValue& list) { return static_cast<int>(list.entries.size()); }
+int ABMultiValueGetCount(const MultiValue& list) {
+  return static_cast<int>(list.entries.size());
+}
 
 std::optional<std::string> ABMultiValueCopyLabelAtIndex(const MultiValue& list, int index) {
   return has(list, index) ? list.entries[static_cast<std::size_t>(index)].label : std::nullopt;
@@ -114,7 +128,9 @@ std::optional<EntryValue> ABMultiValueCopyValueAtIndex(const MultiValue& list, i
   return list.entries[static_cast<std::size_t>(index)].value;
 }
 
-PropertyType ABMultiValueGetPropertyType(const MultiValue& list) { return list.type; }
+PropertyType ABMultiValueGetPropertyType(const MultiValue& list) {
+  return list.type;
+}
 
 std::optional<MultiValue> ABMultiValueCreateMutable(int typeCode) {
   for (const auto type : {PropertyType::multiText, PropertyType::multiDateTime, PropertyType::multiDictionary}) {
@@ -123,7 +139,9 @@ std::optional<MultiValue> ABMultiValueCreateMutable(int typeCode) {
   return std::nullopt;
 }
 
-MultiValue ABMultiValueCreateMutableCopy(const MultiValue& list) { return list; }
+MultiValue ABMultiValueCreateMutableCopy(const MultiValue& list) {
+  return list;
+}
 
 bool ABMultiValueAddValueAndLabel(MultiValue& list, EntryValue value, std::optional<std::string> label) {
   if (!fits(value, list.type)) return false;

@@ -4,7 +4,9 @@
 
 namespace varnok {
 
-PersonChanges& ContactRecord::changes() { return store_ == nullptr ? own_ : store_->changes_[id_]; }
+PersonChanges& ContactRecord::changes() {
+  return store_ == nullptr ? own_ : store_->changes_[id_];
+}
 
 const PersonChanges* ContactRecord::changesIfAny() const {
   if (store_ == nullptr) return &own_;
@@ -50,6 +52,8 @@ std::optional<std::string> ContactRecord::image() const {
   return store_ == nullptr ? std::nullopt : store_->backend_->image(id_);
 }
 
-void ContactRecord::setImage(std::optional<std::string> bytes) { changes().image = std::move(bytes); }
+void ContactRecord::setImage(std::optional<std::string> bytes) {
+  changes().image = std::move(bytes);
+}
 
 }  // namespace varnok

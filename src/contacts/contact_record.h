@@ -41,6 +41,7 @@ class ContactRecord {
   ContactRecord() = default;
   ContactRecord(const ContactRecord&) = delete;
   ContactRecord& operator=(const ContactRecord&) = delete;
+  ~ContactRecord() = default;
 
   // kInvalidRecordID until the store it was added to has been saved.
   RecordID recordID() const { return id_; }

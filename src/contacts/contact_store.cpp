@@ -26,9 +26,13 @@ ContactStore::~ContactStore() {
   backend_->rollback();
 }
 
-PersonRef ContactStore::handleOf(RecordID id) { return PersonRef(new ContactRecord(*this, id)); }
+PersonRef ContactStore::handleOf(RecordID id) {
+  return PersonRef(new ContactRecord(*this, id));
+}
 
-PersonRef ContactStore::personWithRecordID(RecordID id) { return backend_->contains(id) ? handleOf(id) : nullptr; }
+PersonRef ContactStore::personWithRecordID(RecordID id) {
+  return backend_->contains(id) ? handleOf(id) : nullptr;
+}
 
 Status ContactStore::addRecord(PersonRef person) {
   if (person == nullptr || person->store_ != nullptr || person->added_) {
@@ -103,7 +107,8 @@ Status ContactStore::writePending() {
 }
 
 void ContactStore::dropPending() {
-  for (const Addition& addition : additions_) addition.person->added_ = false;
+  for (const Addition& addition : additions_)
+    addition.person->added_ = false;
   additions_.clear();
   heldAdditions_ = 0;
   changes_.clear();

@@ -7,8 +7,10 @@
 namespace varnok {
 namespace {
 
-#define VARNOK_PROPERTY(id, type) \
-  Property { PropertyID::id, PropertyType::type, #id }
+#define VARNOK_PROPERTY(id, type)           \
+  Property {                                \
+    PropertyID::id, PropertyType::type, #id \
+  }
 
 constexpr std::array kProperties{
     VARNOK_PROPERTY(kABPersonFirstNameProperty, text),
@@ -47,7 +49,9 @@ static_assert(numberedFromOne(), "propertyOf() finds a property at its number mi
 
 }  // namespace
 
-std::span<const Property> allProperties() { return kProperties; }
+std::span<const Property> allProperties() {
+  return kProperties;
+}
 
 std::optional<PropertyID> propertyWithNumber(long long number) {
   if (number < 1 || number > static_cast<long long>(kProperties.size())) return std::nullopt;

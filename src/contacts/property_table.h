@@ -23,7 +23,9 @@ enum class PropertyType : int {
   multiDictionary = 0x105,
 };
 
-constexpr bool isMultiValued(PropertyType type) { return (static_cast<int>(type) & 0x100) != 0; }
+constexpr bool isMultiValued(PropertyType type) {
+  return (static_cast<int>(type) & 0x100) != 0;
+}
 
 enum class PropertyID : int {
   kABPersonFirstNameProperty = 1,

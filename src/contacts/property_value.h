@@ -22,7 +22,8 @@ class Dictionary {
 
   Dictionary() = default;
   Dictionary(std::initializer_list<Entry> entries) {
-    for (const Entry& entry : entries) put(entry.first, entry.second);
+    for (const Entry& entry : entries)
+      put(entry.first, entry.second);
   }
 
   // Null when the key is missing.

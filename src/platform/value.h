@@ -21,7 +21,7 @@ using ValueDictionary = std::map<std::string, Value, std::less<>>;
 struct Value : std::variant<bool, std::int64_t, double, std::string, Instant, ValueArray, ValueDictionary> {
   using variant::variant;
   // Without these a literal would become a bool and an int would be ambiguous.
-  Value(const char* text) : variant(std::string(text)) {}          // NOLINT(google-explicit-constructor)
+  Value(const char* text) : variant(std::string(text)) {}            // NOLINT(google-explicit-constructor)
   Value(int number) : variant(static_cast<std::int64_t>(number)) {}  // NOLINT(google-explicit-constructor)
 
   bool operator==(const Value&) const = default;

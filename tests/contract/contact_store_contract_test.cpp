@@ -41,9 +41,13 @@ const Backend kSQLite{"SQLite", [](const TemporaryDirectory& directory) {
                         return std::make_unique<SQLiteContactStoreProvider>(directory.file("contacts.db"));
                       }};
 
-MultiValue list(PropertyType type, std::vector<MultiValueEntry> entries) { return {type, std::move(entries)}; }
+MultiValue list(PropertyType type, std::vector<MultiValueEntry> entries) {
+  return {type, std::move(entries)};
+}
 
-MultiValue phones(std::vector<MultiValueEntry> entries) { return list(PropertyType::multiText, std::move(entries)); }
+MultiValue phones(std::vector<MultiValueEntry> entries) {
+  return list(PropertyType::multiText, std::move(entries));
+}
 
 class ContactStoreContract : public testing::TestWithParam<Backend> {
  protected:
@@ -88,7 +92,8 @@ TEST_P(ContactStoreContract, KeepsEveryKindOfValue) {
             {{"x", Dictionary{{"Street", "1:2\n3"}, {"City", ""}}}, {std::nullopt, Dictionary()}})},
   };
   const PersonRef person = ABPersonCreate();
-  for (const auto& [property, value] : values) ASSERT_TRUE(person->setValue(property, value).ok());
+  for (const auto& [property, value] : values)
+    ASSERT_TRUE(person->setValue(property, value).ok());
   person->setImage(image);
   auto writing = open();
   ASSERT_TRUE(writing->addRecord(person).ok());
@@ -142,7 +147,8 @@ TEST_P(ContactStoreContract, DropsWhatWasNotSaved) {
 TEST_P(ContactStoreContract, ManyAdditionsStayPendingAndOutOfSight) {
   addSaved("Ada");
   auto store = open();
-  for (int i = 0; i < 1000; ++i) ASSERT_TRUE(store->addRecord(ABPersonCreate()).ok());
+  for (int i = 0; i < 1000; ++i)
+    ASSERT_TRUE(store->addRecord(ABPersonCreate()).ok());
   EXPECT_EQ(store->personCount(), 1);
   EXPECT_EQ(store->allPeople().size(), 1U);
   EXPECT_EQ(open()->personCount(), 1);
@@ -150,7 +156,8 @@ TEST_P(ContactStoreContract, ManyAdditionsStayPendingAndOutOfSight) {
   EXPECT_EQ(store->personCount(), 1001);
   {
     auto dropped = open();
-    for (int i = 0; i < 1000; ++i) ASSERT_TRUE(dropped->addRecord(ABPersonCreate()).ok());
+    for (int i = 0; i < 1000; ++i)
+      ASSERT_TRUE(dropped->addRecord(ABPersonCreate()).ok());
   }
   EXPECT_EQ(open()->personCount(), 1001);
 }
@@ -234,7 +241,8 @@ TEST_P(ContactStoreContract, ManyThreadsSaveAndNothingIsLost) {
   std::vector<std::jthread> threads;
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&] {
-      for (int i = 0; i < kSaves; ++i) addSaved("x");
+      for (int i = 0; i < kSaves; ++i)
+        addSaved("x");
     });
   }
   threads.clear();
@@ -248,7 +256,9 @@ INSTANTIATE_TEST_SUITE_P(, ContactStoreContract, testing::Values(kInMemory, kSQL
 
 using Random = std::mt19937;
 
-int pick(Random& random, int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); }
+int pick(Random& random, int below) {
+  return static_cast<int>(random() % static_cast<unsigned>(below));
+}
 
 std::string anyText(Random& random) {
   static const std::vector<std::string> kTexts{"", "a", "Zoë", "\n", "12:34", std::string(2000, 'x'), "\xc3\x28"};
@@ -259,7 +269,8 @@ EntryValue anyEntry(Random& random, PropertyType type) {
   if (type == PropertyType::multiDateTime) return Instant(std::chrono::seconds(pick(random, 1000) - 500));
   if (type == PropertyType::multiText) return anyText(random);
   Dictionary dictionary;
-  for (int i = pick(random, 4); i > 0; --i) dictionary.put(std::to_string(pick(random, 5)), anyText(random));
+  for (int i = pick(random, 4); i > 0; --i)
+    dictionary.put(std::to_string(pick(random, 5)), anyText(random));
   return dictionary;
 }
 
@@ -269,7 +280,8 @@ PropertyValue anyValue(Random& random, PropertyType type) {
   if (type == PropertyType::dateTime) return Instant(std::chrono::seconds(pick(random, 1000)));
   MultiValue list{type, {}};
   for (int i = pick(random, 4); i > 0; --i) {
-    list.entries.push_back({pick(random, 3) == 0 ? std::nullopt : std::optional(anyText(random)), anyEntry(random, type)});
+    list.entries.push_back(
+        {pick(random, 3) == 0 ? std::nullopt : std::optional(anyText(random)), anyEntry(random, type)});
   }
   return list;
 }

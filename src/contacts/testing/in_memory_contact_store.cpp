@@ -10,7 +10,8 @@ class InMemoryContactStoreProvider::Backend : public ContactBackend {
 
   std::vector<RecordID> allIDs() override {
     std::vector<RecordID> ids;
-    for (const auto& [id, person] : seen()) ids.push_back(id);
+    for (const auto& [id, person] : seen())
+      ids.push_back(id);
     return ids;
   }
 
@@ -57,7 +58,8 @@ class InMemoryContactStoreProvider::Backend : public ContactBackend {
     const std::scoped_lock lock(provider_.mutex_);
     if (Status status = std::exchange(provider_.nextCommit_, {}); !status.ok()) return status;
     auto people = std::make_shared<People>(*provider_.people_);
-    for (const Write& write : writes_) apply(write, *people);
+    for (const Write& write : writes_)
+      apply(write, *people);
     provider_.people_ = std::move(people);
     writes_.clear();
     seen_ = nullptr;

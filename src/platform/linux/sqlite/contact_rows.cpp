@@ -93,7 +93,8 @@ Status ContactRows::loadPersons(RecordID first, int count) {
   while (personScan_.step()) {
     Person& person = persons_.emplace_back();
     person.id = static_cast<RecordID>(personScan_.integer(0));
-    for (int i = 0; i < kTextColumns; ++i) person.texts[static_cast<std::size_t>(i)] = keep(personScan_.text(i + 1));
+    for (int i = 0; i < kTextColumns; ++i)
+      person.texts[static_cast<std::size_t>(i)] = keep(personScan_.text(i + 1));
     if (!personScan_.isNull(kBirthdayColumn)) person.birthday = personScan_.integer(kBirthdayColumn);
     if (!personScan_.isNull(kKindColumn)) person.kind = personScan_.integer(kKindColumn);
     person.hasImage = !personScan_.isNull(kImageColumn);

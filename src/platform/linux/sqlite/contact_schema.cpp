@@ -1,5 +1,8 @@
 #include "platform/linux/sqlite/contact_schema.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <thread>
 
@@ -26,10 +29,12 @@ PRAGMA user_version = 1;
 static_assert(kApplicationID == 1447121486 && kSchemaVersion == 1, "kCreate writes both as literals");
 
 Status notOurs(const std::string& path) {
-  return {Status::Code::corrupt, "the file " + path + " is not an address book of this application; it was left as it is"};
+  return {Status::Code::corrupt,
+          "the file " + path + " is not an address book of this application; it was left as it is"};
 }
 
-// The version of the tables, 0 for an empty file.
+// The version of the tables, 0 for an empty file. Within a transaction: another
+// process may be making the tables.
 Status readVersion(Database& database, const std::string& path, std::int64_t& version) {
   Status status;
   version = database.queryInteger("PRAGMA user_version", status).value_or(0);
@@ -64,16 +69,27 @@ Status useWriteAheadLog(Database& database) {
   return status;
 }
 
+// SQLite would let others of the machine read a file that it makes; its log
+// files take the mode of the database.
+void createPrivately(const std::string& path) {
+  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (fd >= 0) ::close(fd);
+}
+
 Status prepare(Database& database, const std::string& path) {
   std::int64_t version = 0;
-  if (Status status = readVersion(database, path, version); !status.ok()) return status;
+  if (Status status = database.execute("BEGIN"); !status.ok()) return status;
+  Status status = readVersion(database, path, version);
+  database.execute("COMMIT").ignore("it only read");
+  if (!status.ok()) return status;
   if (version > kSchemaVersion) {
     return {Status::Code::newerVersion,
             "the address book " + path + " was written by a newer version of this application; it was left as it is"};
   }
   if (version == 0) {
-    if (Status status = createTables(database, path); !status.ok()) return status;
-    if (Status status = useWriteAheadLog(database); !status.ok()) return status;
+    status = createTables(database, path);
+    if (status.ok()) status = useWriteAheadLog(database);
+    if (!status.ok()) return status;
   }
   return database.execute("PRAGMA synchronous = FULL");
 }
@@ -81,7 +97,8 @@ Status prepare(Database& database, const std::string& path) {
 }  // namespace
 
 std::unique_ptr<Database> openContactDatabase(const std::string& path, Status& status) {
-  auto database = Database::open(path, /*create=*/true, status);
+  createPrivately(path);
+  auto database = Database::open(path, status);
   if (database == nullptr) return nullptr;
   status = prepare(*database, path);
   return status.ok() ? std::move(database) : nullptr;

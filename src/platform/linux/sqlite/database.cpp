@@ -43,7 +43,9 @@ const char* textOf(Status::Code code, int primary) {
 
 }  // namespace
 
-void Statement::Finalizer::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
 
 Statement& Statement::bind(std::int64_t value) {
   if (status_.ok()) sqlite3_bind_int64(statement_.get(), ++parameters_, value);
@@ -89,9 +91,13 @@ void Statement::reset() {
   parameters_ = 0;
 }
 
-bool Statement::isNull(int column) const { return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL; }
+bool Statement::isNull(int column) const {
+  return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
+}
 
-std::int64_t Statement::integer(int column) const { return sqlite3_column_int64(statement_.get(), column); }
+std::int64_t Statement::integer(int column) const {
+  return sqlite3_column_int64(statement_.get(), column);
+}
 
 std::optional<std::string_view> Statement::text(int column) const {
   const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_.get(), column));
@@ -105,13 +111,14 @@ std::string_view Statement::blob(int column) const {
   return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
 }
 
-void Database::Closer::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+void Database::Closer::operator()(sqlite3* database) const {
+  sqlite3_close_v2(database);
+}
 
-std::unique_ptr<Database> Database::open(const std::string& path, bool create, Status& status) {
+std::unique_ptr<Database> Database::open(const std::string& path, Status& status) {
   std::unique_ptr<Database> database(new Database(path));
   sqlite3* handle = nullptr;
-  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
-  const int code = sqlite3_open_v2(path.c_str(), &handle, flags, nullptr);
+  const int code = sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
   database->database_.reset(handle);
   if (code != SQLITE_OK) {
     status = database->statusOf(code);
@@ -146,7 +153,9 @@ std::optional<std::int64_t> Database::queryInteger(std::string_view sql, Status&
   return found ? std::optional(statement.integer(0)) : std::nullopt;
 }
 
-std::int64_t Database::lastInsertRowid() const { return sqlite3_last_insert_rowid(database_.get()); }
+std::int64_t Database::lastInsertRowid() const {
+  return sqlite3_last_insert_rowid(database_.get());
+}
 
 Status Database::statusOf(int code) const {
   const int primary = code & 0xff;

@@ -62,9 +62,10 @@ class Statement {
 
 class Database {
  public:
-  // Creates the file when it is missing and `create` is set. The messages of
+  // Null with a Status when there is no such file or it cannot be opened; a file
+  // that is no database is found out by the first statement. The messages of
   // every Status name the file.
-  static std::unique_ptr<Database> open(const std::string& path, bool create, Status& status);
+  static std::unique_ptr<Database> open(const std::string& path, Status& status);
 
   // One or more statements without rows.
   Status execute(const char* sql);

@@ -13,8 +13,8 @@ namespace {
 constexpr int kLargestWindow = 256;
 
 constexpr std::array<std::string_view, kKindColumn> kColumns{
-    "first_name",          "last_name",    "middle_name", "prefix",    "suffix", "nickname", "first_name_phonetic",
-    "last_name_phonetic",  "organization", "department",  "job_title", "note",   "birthday", "kind",
+    "first_name",         "last_name",    "middle_name", "prefix",    "suffix", "nickname", "first_name_phonetic",
+    "last_name_phonetic", "organization", "department",  "job_title", "note",   "birthday", "kind",
 };
 
 constexpr std::string_view kInsertPerson =
@@ -81,7 +81,8 @@ std::vector<RecordID> SQLiteContactBackend::allIDs() {
   beginReading();
   std::vector<RecordID> ids;
   Statement statement = reader_->prepare("SELECT id FROM person ORDER BY id");
-  while (statement.step()) ids.push_back(static_cast<RecordID>(statement.integer(0)));
+  while (statement.step())
+    ids.push_back(static_cast<RecordID>(statement.integer(0)));
   if (!statement.status().ok() && readStatus_.ok()) readStatus_ = statement.status();
   ids.shrink_to_fit();
   return ids;

@@ -1,0 +1,51 @@
+// Services: everything that the core asks of its surroundings. Built by main(),
+// outlives every screen. The core owns none of it.
+
+#pragma once
+
+#include <string>
+
+#include "backup/dropbox/dropbox_session.h"
+#include "contacts/contact_store.h"
+#include "platform/clock.h"
+#include "platform/crash_reporter.h"
+#include "platform/developer_log.h"
+#include "platform/device.h"
+#include "platform/feedback_service.h"
+#include "platform/file_system.h"
+#include "platform/idle_timer.h"
+#include "platform/image_codec.h"
+#include "platform/mail_composer.h"
+#include "platform/notification_center.h"
+#include "platform/preference_store.h"
+#include "platform/screen_presenter.h"
+#include "platform/task_runner.h"
+#include "platform/text_catalog.h"
+#include "platform/text_codec.h"
+
+namespace varnok {
+
+struct Services {
+  PreferenceStore& preferences;  // standardUserDefaults: one store for the process.
+  ContactStoreProvider& contacts;
+  FileSystem& files;
+  const TextCatalog& texts;
+  const TextCodec& codec;
+  const Clock& clock;
+  const ImageCodec& images;
+  TaskRunner& tasks;
+  ScreenPresenter& presenter;
+  NotificationCenter& notifications;
+  MailComposer& mail;
+  IdleTimer& idleTimer;
+  DropboxClient& dropboxClient;
+  DropboxSession& dropbox;  // sharedInstance: one session for the process.
+  CrashReporter& crashReporter;
+  FeedbackService& feedback;
+  DeveloperLog& log;
+  const Device& device;
+  std::string documents;   // The documents directory. Private to the application.
+  std::string backupLock;  // Held while a backup runs; outside the documents.
+};
+
+}  // namespace varnok

@@ -1,0 +1,26 @@
+// The backup files in the documents directory: their names, and which are there.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/clock.h"
+#include "platform/file_system.h"
+
+namespace varnok {
+
+// "Varnok-2024-03-05-140709-120.vcf".
+std::string backupFileName(const LocalTime& time, std::int32_t contacts, std::string_view fileType);
+
+std::string_view lastPathComponent(std::string_view path);
+
+// The letters behind the last dot of the last component; empty when there is
+// none, and for a name that only begins with a dot.
+std::string_view pathExtension(std::string_view path);
+
+// Some file below `documents` has exactly this extension.
+bool hasFileWithExtension(FileSystem& files, const std::string& documents, std::string_view extension);
+
+}  // namespace varnok

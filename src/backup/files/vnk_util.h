@@ -1,0 +1,38 @@
+// VNKUtil: what the writers and the backup run share. Stateless; any thread.
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/file_system.h"
+#include "platform/image_codec.h"
+#include "platform/text_codec.h"
+
+namespace varnok {
+
+class VNKUtil {
+ public:
+  VNKUtil() = delete;
+
+  // Appends `text` to `stream`: a CSV text in the code page of `language` (two
+  // letters, lower case), everything else as UTF-8. A text that the code page
+  // cannot hold whole goes out as UTF-8. Absent text writes nothing. Bytes that
+  // are not UTF-8 become U+FFFD. Fails as the stream does.
+  static Status writeTo(OutputStream& stream, const std::optional<std::string>& text, bool isCSV,
+                        std::string_view language, const TextCodec& codec);
+
+  // Standard alphabet, padded, without line breaks.
+  static std::string encodeBASE64(std::string_view bytes);
+  static void appendBASE64(std::string& text, std::string_view bytes);
+
+  // The picture redrawn so that its longer side is 960 pixels, small ones
+  // enlarged. Nothing when it cannot be decoded.
+  static std::optional<Image> prepareImage(std::string_view bytes, const ImageCodec& images);
+
+  // "1.50 KB". A unit is left behind only above 1024 of it.
+  static std::string convertSize(double bytes);
+};
+
+}  // namespace varnok

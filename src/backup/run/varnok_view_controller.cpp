@@ -1,0 +1,493 @@
+#include "backup/run/varnok_view_controller.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <mutex>
+
+#include "app/preferences/export_settings.h"
+#include "app/preferences/preference_keys.h"
+#include "backup/files/backup_file.h"
+#include "contacts/address_book.h"
+#include "platform/text_key.h"
+
+namespace varnok {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kSizeWarningTag = 9999;
+
+// Above this size many mail servers refuse an attachment. In bytes, 3 MiB.
+constexpr std::uint64_t kWarnAboveSize = 3145728;
+
+// Progress updates on their way at once; above it the run makes them itself, so
+// that a slow screen cannot fill the memory.
+constexpr int kUpdatesOnTheirWay = 256;
+
+// Platforms from this version on ask the user for access to the contacts.
+constexpr int kFirstVersionWithAccessControl = 60000;
+
+struct CauseText {
+  Status::Code code;
+  std::string_view key;
+};
+constexpr std::array kCauses{
+    CauseText{Status::Code::noSpace, text_key::CAUSE_NO_SPACE},
+    CauseText{Status::Code::accessDenied, text_key::CAUSE_ACCESS_DENIED},
+    CauseText{Status::Code::notFound, text_key::CAUSE_NOT_FOUND},
+    CauseText{Status::Code::inputOutput, text_key::CAUSE_INPUT_OUTPUT},
+    CauseText{Status::Code::corrupt, text_key::CAUSE_CORRUPT},
+    CauseText{Status::Code::newerVersion, text_key::CAUSE_NEWER_VERSION},
+    CauseText{Status::Code::busy, text_key::CAUSE_BUSY},
+};
+
+std::string_view causeKey(Status::Code code) {
+  const auto* found = std::ranges::find(kCauses, code, &CauseText::code);
+  return found == kCauses.end() ? text_key::CAUSE_OTHER : found->key;
+}
+
+struct MailTexts {
+  std::string_view subject;
+  std::string_view body;
+  std::string_view mimeType;
+};
+constexpr MailTexts kVCardMail{text_key::BACKUP_MAIL_SUBJECT, text_key::BACKUP_MAIL_BODY, "text/x-vcard;charset=UTF-8"};
+constexpr MailTexts kZipMail{text_key::EXPORT_MAIL_SUBJECT_ZIP, text_key::EXPORT_MAIL_BODY_ZIP, "application/zip"};
+constexpr MailTexts kCSVMail{text_key::EXPORT_MAIL_SUBJECT, text_key::EXPORT_MAIL_BODY, "text/csv;charset=UTF-8"};
+
+}  // namespace
+
+struct VarnokViewController::Run {
+  std::string path;
+  std::string language;
+  std::atomic<bool> begun = false;
+  std::atomic<bool> operationCancelled = false;
+  std::atomic<int> updatesOnTheirWay = 0;
+
+  // Contacts whose step has not reached the bar, and the last one's name.
+  std::mutex mutex;
+  int pendingSteps = 0;
+  std::string pendingName;
+
+  // Main thread: the status line shows the outcome, which no late name replaces.
+  bool ended = false;
+};
+
+// Lets the run ask and tell the screen, from the run's thread.
+class VarnokViewController::RunHost : public BackupRun::Host {
+ public:
+  RunHost(VarnokViewController& screen, std::shared_ptr<Run> run) : screen_(screen), run_(std::move(run)) {}
+
+  bool operationCancelled() const override { return run_->operationCancelled; }
+
+  void personTaken(std::optional<std::string> name) override {
+    if (run_->updatesOnTheirWay >= kUpdatesOnTheirWay) {
+      refreshView(std::move(name));
+      return;
+    }
+    ++run_->updatesOnTheirWay;
+    screen_.services_.tasks.detached([self = *this, name = std::move(name)]() mutable {
+      self.refreshView(std::move(name));
+      --self.run_->updatesOnTheirWay;
+    });
+  }
+
+ private:
+  // One contact's update. Many may wait for one turn of the main thread; the
+  // bar then takes all their steps.
+  void refreshView(std::optional<std::string> name) const {
+    {
+      const std::scoped_lock lock(run_->mutex);
+      run_->pendingName = std::move(name).value_or("");
+      if (++run_->pendingSteps > 1) return;
+    }
+    VarnokViewController* screen = &screen_;
+    screen_.services_.tasks.mainThread([screen, run = run_, alive = std::weak_ptr(alive_)] {
+      if (!alive.expired()) screen->applyProgress(*run);
+    });
+  }
+
+  VarnokViewController& screen_;
+  std::shared_ptr<Run> run_;
+  std::weak_ptr<bool> alive_ = screen_.alive_;
+};
+
+VarnokViewController::VarnokViewController(VarnokViewServices services)
+    : services_(std::move(services)), operationQueue_(services_.tasks.operationQueue()) {
+  setViewState(1);
+}
+
+VarnokViewController::~VarnokViewController() {
+  if (run_ != nullptr) run_->operationCancelled = true;
+}
+
+void VarnokViewController::viewDidLoad() {
+  becameActive_ = services_.notifications.observe("applicationDidBecomeActive", [this] { refreshContactCount(); });
+  setViewState(4);
+  if (getSystemVersionAsAnInteger() < kFirstVersionWithAccessControl) return;
+  switch (ABAddressBookGetAuthorizationStatus(services_.run.contacts)) {
+    case AuthorizationStatus::notDetermined: requestAccess(); return;
+    case AuthorizationStatus::restricted:
+    case AuthorizationStatus::denied: accessAnswered(/*granted=*/false); return;
+    case AuthorizationStatus::authorized: return;
+  }
+}
+
+void VarnokViewController::requestAccess() {
+  overlay_ = services_.presenter.showOverlay(services_.texts.text(text_key::LOADING));
+  ABAddressBookRequestAccessWithCompletion(services_.run.contacts, [this](bool granted, const Status& /*error*/) {
+    onMainThread([this, granted] { accessAnswered(granted); });
+  });
+}
+
+void VarnokViewController::accessAnswered(bool granted) {
+  overlay_.reset();
+  if (granted) {
+    refreshContactCount();
+    return;
+  }
+  state_.lbl_PrivacyMessage.text = services_.texts.text(text_key::PRIVACY_ERROR);
+  changed();
+}
+
+void VarnokViewController::refreshContactCount() {
+  if (!state_.progress.isAtAnEnd()) return;
+  const bool asks = getSystemVersionAsAnInteger() >= kFirstVersionWithAccessControl;
+  const auto status = ABAddressBookGetAuthorizationStatus(services_.run.contacts);
+  const bool allowed = !asks || status == AuthorizationStatus::authorized;
+  if (allowed) state_.lbl_PrivacyMessage.text.clear();
+  setViewState(allowed ? 1 : 4);
+}
+
+void VarnokViewController::setViewState(int viewState) {
+  state_.btn_Backup.enabled = true;
+  state_.btn_Export.enabled = true;
+  switch (viewState) {
+    case 1: {
+      const int count = numberOfContacts();
+      state_.lbl_Backup.text = services_.texts.formatCount(text_key::BACKUP_LABEL, count);
+      state_.btn_Export.hidden = isBackup();
+      state_.btn_Backup.hidden = !state_.btn_Export.hidden;
+      state_.btn_Cancel.hidden = true;
+      state_.btn_Send.hidden = true;
+      state_.btn_Settings.hidden = false;
+      state_.progress.maxValue = count;
+      state_.progress.progressStart();
+      break;
+    }
+    case 2:
+      state_.btn_Cancel.hidden = false;
+      state_.btn_Send.hidden = true;
+      state_.btn_Settings.hidden = true;
+      break;
+    case 3:
+      state_.btn_Cancel.hidden = true;
+      state_.btn_Send.hidden = false;
+      state_.btn_Settings.hidden = false;
+      break;
+    case 4:
+      state_.btn_Send.hidden = true;
+      state_.btn_Cancel.hidden = true;
+      state_.btn_Backup.hidden = true;
+      state_.btn_Export.hidden = true;
+      state_.control11111.hidden = true;
+      break;
+    default: break;
+  }
+  changed();
+}
+
+void VarnokViewController::onClick_Backup() {
+  int count = 0;
+  if (!openForCounting(count)) return;
+  if (count == 0) {
+    showNotice(text_key::ALERTVIEWTITLE, services_.texts.text(text_key::NOCONTACT));
+    return;
+  }
+  auto lock = takeLock();
+  if (lock == nullptr) return;
+  lastOutcome_.reset();
+  setFileName(count);
+  run_ = std::make_shared<Run>();
+  run_->path = filePath().value_or("");
+  run_->language = languageCode(services_.device);
+  state_.progress.progressStart();
+  state_.progress.maxValue = count;
+  operationQueue_->post([this, run = run_, lock = std::move(lock)] { backup(run, lock); });
+  setViewState(2);
+}
+
+// Counts the contacts. False, with an alert, when the store cannot be opened
+// although access was given: a damaged store must not look like an empty one.
+bool VarnokViewController::openForCounting(int& count) {
+  Status status;
+  const auto addressBook = ABAddressBookCreateWithOptions(services_.run.contacts, &status);
+  count = ABAddressBookGetPersonCount(addressBook.get());
+  if (addressBook != nullptr) status = addressBook->readStatus();
+  if (status.ok() || status.code() == Status::Code::accessDenied) return true;
+  backupDidFail(status);
+  return false;
+}
+
+// One backup at a time in one home. A run of this process that is just ending
+// keeps its lock; the operation queue makes the next one wait for it.
+std::shared_ptr<FileLock> VarnokViewController::takeLock() {
+  if (auto held = lock_.lock()) return held;
+  Status status;
+  std::shared_ptr<FileLock> lock = services_.run.files.tryLock(services_.backupLock, status);
+  lock_ = lock;
+  if (lock != nullptr) return lock;
+  if (status.code() == Status::Code::busy) {
+    lastOutcome_ = BackupOutcome{BackupOutcome::Kind::failed, status, 0, "", std::nullopt};
+    showNotice(text_key::ALERTVIEWTITLE, services_.texts.text(text_key::BACKUP_BUSY));
+    changed();
+  } else {
+    backupDidFail(status);
+  }
+  return nullptr;
+}
+
+void VarnokViewController::setFileName(int contacts) {
+  const Clock& clock = services_.run.writing.clock;
+  const Instant now{std::chrono::seconds(static_cast<std::int64_t>(clock.now()))};
+  const std::string name = backupFileName(clock.localTime(now), contacts, fileType());
+  PreferenceStore& preferences = services_.run.writing.preferences;
+  preferences.setObject(name, key::FILE_NAME);
+  preferences.setObject(services_.documents + "/" + name, key::FILE_PATH);
+  preferences.synchronize().ignore("the backup is made all the same; only its name may be forgotten");
+}
+
+// On the operation queue. The lock is held for as long as this runs.
+void VarnokViewController::backup(const std::shared_ptr<Run>& run, const std::shared_ptr<FileLock>& /*lock*/) {
+  run->begun = true;
+  onMainThread([this] { services_.idleTimer.setIdleTimerDisabled(/*disabled=*/true); });
+  RunHost host(*this, run);
+  const BackupOutcome outcome = BackupRun(host, services_.run).run(run->path, run->language);
+  onMainThread([this] { services_.idleTimer.setIdleTimerDisabled(/*disabled=*/false); });
+  switch (outcome.kind) {
+    case BackupOutcome::Kind::finished: backupDidFinish(run, outcome); break;
+    case BackupOutcome::Kind::failed: onMainThread([this, status = outcome.status] { backupDidFail(status); }); return;
+    case BackupOutcome::Kind::cancelled: break;
+  }
+  onMainThread([this, outcome] {
+    lastOutcome_ = outcome;
+    changed();
+  });
+}
+
+void VarnokViewController::applyProgress(Run& run) {
+  int steps = 0;
+  std::string name;
+  {
+    const std::scoped_lock lock(run.mutex);
+    steps = std::exchange(run.pendingSteps, 0);
+    name = run.pendingName;
+  }
+  // A later run has reset the bar, or Cancel has.
+  if (&run != run_.get() || run.operationCancelled) return;
+  for (; steps > 0; --steps)
+    state_.progress.progress();
+  if (!run.ended) state_.lbl_Backup.text = std::move(name);
+  changed();
+}
+
+// On the operation queue, after the file has its final name.
+void VarnokViewController::backupDidFinish(const std::shared_ptr<Run>& run, const BackupOutcome& outcome) {
+  services_.run.writing.preferences.removeObjectForKey(key::lastRecord);
+  checkAndShowFirstBackupAlertView();
+  onMainThread([this, run] {
+    run->ended = true;
+    setViewStateSend();
+  });
+  removeLastBackup();
+  if (outcome.bytes) {
+    onMainThread([this, bytes = *outcome.bytes] { showSize(bytes); });
+  }
+}
+
+void VarnokViewController::backupDidFail(const Status& status) {
+  lastOutcome_ = BackupOutcome{BackupOutcome::Kind::failed, status, 0, "", std::nullopt};
+  services_.run.log.write("backup failed: " + status.message());
+  const std::string cause = services_.texts.text(causeKey(status.code()));
+  showNotice(text_key::ALERTVIEWTITLE, services_.texts.format(text_key::BACKUP_FAILED, {cause}));
+  setViewState(1);
+}
+
+void VarnokViewController::showSize(std::uint64_t bytes) {
+  const double megabytes = static_cast<double>(bytes) / 1048576.0;
+  const bool small = megabytes < 1;
+  const std::string number = std::to_string(std::llround(small ? megabytes * 1024 : megabytes));
+  state_.lbl_Backup.text = services_.texts.format(text_key::FILE_SIZE_MESSAGE, {number, small ? "KB" : "MB"});
+  changed();
+  if (bytes <= kWarnAboveSize || !services_.run.writing.preferences.boolForKey(key::EXPORT_CONF_PHOTOS)) return;
+  AlertView warning;
+  warning.title = services_.texts.text(text_key::Warning);
+  warning.message = services_.texts.text(text_key::EXPORT_SIZE_WARNING);
+  warning.buttons = {services_.texts.text(text_key::Cancel), services_.texts.text(text_key::OK)};
+  warning.tag = kSizeWarningTag;
+  warning.delegate = [this](const AlertView& alert, int index) { clickedButtonAtIndex(alert, index); };
+  services_.presenter.showAlert(std::move(warning));
+}
+
+// Keeps only the newest CSV and zip backup; vCard backups accumulate.
+void VarnokViewController::removeLastBackup() {
+  const std::string type = fileType();
+  const std::string newest = filePath().value_or("");
+  if (type != "vcf") {
+    for (const std::string& path : services_.run.files.filesBelow(services_.documents)) {
+      const std::string full = services_.documents + "/" + path;
+      if (pathExtension(path) != type || full == newest) continue;
+      services_.run.files.remove(full).ignore("an old backup that stays does no harm");
+    }
+  }
+  if (isBackup()) services_.run.writing.preferences.setDouble(services_.run.writing.clock.now(), key::EXPORT_LAST);
+}
+
+void VarnokViewController::checkAndShowFirstBackupAlertView() {
+  PreferenceStore& preferences = services_.run.writing.preferences;
+  if (preferences.stringForKey(key::ALERT_BACKUP_POPUP_SHOWED) != "NO") return;
+  preferences.setObject("YES", key::ALERT_BACKUP_POPUP_SHOWED);
+  preferences.synchronize().ignore("at worst the advice is given once more");
+  onMainThread(
+      [this] { showNotice(text_key::ALERTVIEWTITLE, services_.texts.text(text_key::FIRSTBACKUPALERTMESSAGE)); });
+}
+
+void VarnokViewController::onClick_Cancel() {
+  if (run_ != nullptr) run_->operationCancelled = true;
+  operationQueue_->cancelAll();
+  // A run that had not begun never ends by itself.
+  if (run_ != nullptr && !run_->begun) lastOutcome_ = BackupOutcome{BackupOutcome::Kind::cancelled, {}, 0, "", {}};
+  setViewState(1);
+}
+
+void VarnokViewController::onClick_Send() {
+  Status status;
+  std::optional<std::string> bytes = services_.run.files.readFile(filePath().value_or(""), status);
+  // Quirk: either alone still opens the composer, which then says what it lacks.
+  if (!bytes && !services_.mail.canSendMail()) {
+    showNotice(text_key::ALERTVIEWTITLE, services_.texts.text(text_key::MAILCOMPOSER_CANT_SEND));
+    return;
+  }
+  const MailTexts& texts = isBackup() ? kVCardMail : hasMultipleVCF() ? kZipMail : kCSVMail;
+  MailMessage message;
+  message.subject = services_.texts.text(texts.subject);
+  message.body = services_.texts.text(texts.body);
+  message.bodyIsHTML = true;
+  if (bytes) {
+    message.attachments.push_back({std::move(*bytes), std::string(texts.mimeType), fileName().value_or("")});
+  }
+  services_.mail.present(std::move(message), [this](MailComposeResult result) { mailComposeDidFinish(result); });
+}
+
+void VarnokViewController::mailComposeDidFinish(MailComposeResult result) {
+  if (result == MailComposeResult::sent) {
+    showNotice(text_key::EXPORT_INFO, std::nullopt, /*reportsBack=*/true);
+    return;
+  }
+  setViewState(1);
+  afterHalfASecond(&VarnokViewController::showDropBoxOption);
+}
+
+void VarnokViewController::clickedButtonAtIndex(const AlertView& alert, int index) {
+  if (alert.tag == kSizeWarningTag && index == 1) {
+    services_.run.writing.preferences.setBool(/*value=*/false, key::EXPORT_CONF_PHOTOS);
+    services_.run.writing.preferences.synchronize().ignore("the repeated backup reads the new value all the same");
+    photoExportClosedForLastBackup_ = true;
+    setViewState(1);
+    onClick_Backup();
+    return;
+  }
+  if (services_.userDidSignificantEvent) services_.userDidSignificantEvent();
+  afterHalfASecond(&VarnokViewController::showDropBoxOption);
+}
+
+void VarnokViewController::showDropBoxOption() {
+  if (!services_.dropbox.isLinked()) return;
+  ActionSheet sheet;
+  sheet.title = "Would you upload Dropbox?";
+  sheet.buttons = {services_.texts.text(text_key::Upload), services_.texts.text(text_key::Close)};
+  sheet.cancelButtonIndex = 1;
+  sheet.delegate = [this](const ActionSheet& answered, int index) { clickedButtonAtIndex(answered, index); };
+  services_.presenter.showActionSheet(std::move(sheet));
+}
+
+void VarnokViewController::clickedButtonAtIndex(const ActionSheet& /*sheet*/, int index) {
+  if (index != 0) return;
+  const std::string path = filePath().value_or("");
+  Status status;
+  std::optional<std::string> bytes = services_.run.files.readFile(path, status);
+  if (!bytes) {
+    services_.run.log.write("upload: " + status.message());
+    return;
+  }
+  services_.dropbox.uploadQueue()[path] = "";
+  services_.dropbox.uploadFile(std::move(*bytes), std::string(lastPathComponent(path)));
+}
+
+// Quirk: the switch is read twice, before and after the format could change.
+bool VarnokViewController::hasMultipleVCF() const {
+  const PreferenceStore& preferences = services_.run.writing.preferences;
+  return preferences.boolForKey(key::multipleVCF) && multipleVCFChosen(preferences);
+}
+
+std::string VarnokViewController::fileType() const {
+  return backupFileType(services_.run.writing.preferences);
+}
+
+bool VarnokViewController::isBackup() const {
+  return singleVCFChosen(services_.run.writing.preferences);
+}
+
+std::optional<std::string> VarnokViewController::fileName() const {
+  return services_.run.writing.preferences.stringForKey(key::FILE_NAME);
+}
+
+std::optional<std::string> VarnokViewController::filePath() const {
+  return services_.run.writing.preferences.stringForKey(key::FILE_PATH);
+}
+
+int VarnokViewController::numberOfContacts() {
+  const auto addressBook = ABAddressBookCreateWithOptions(services_.run.contacts);
+  return ABAddressBookGetPersonCount(addressBook.get());
+}
+
+int VarnokViewController::getSystemVersionAsAnInteger() const {
+  std::array<int, 3> components{};
+  std::size_t index = 0;
+  for (const char c : services_.device.platformVersion) {
+    if (c == '.') {
+      if (++index == components.size()) break;
+    } else if (c >= '0' && c <= '9' && components[index] < 1000) {
+      components[index] = components[index] * 10 + (c - '0');
+    }
+  }
+  return components[0] * 10000 + components[1] * 100 + components[2];
+}
+
+void VarnokViewController::showNotice(std::string_view titleKey, std::optional<std::string> message, bool reportsBack) {
+  AlertView alert;
+  alert.title = services_.texts.text(titleKey);
+  alert.message = std::move(message);
+  alert.buttons = {services_.texts.text(text_key::OK)};
+  if (reportsBack) {
+    alert.delegate = [this](const AlertView& answered, int index) { clickedButtonAtIndex(answered, index); };
+  }
+  services_.presenter.showAlert(std::move(alert));
+}
+
+void VarnokViewController::afterHalfASecond(void (VarnokViewController::*operation)()) {
+  services_.tasks.mainThreadAfter(500ms, [this, operation, alive = std::weak_ptr(alive_)] {
+    if (!alive.expired()) (this->*operation)();
+  });
+}
+
+void VarnokViewController::onMainThread(Task task) {
+  services_.tasks.mainThread([task = std::move(task), alive = std::weak_ptr(alive_)] {
+    if (!alive.expired()) task();
+  });
+}
+
+}  // namespace varnok

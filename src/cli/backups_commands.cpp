@@ -1,0 +1,114 @@
+#include <algorithm>
+#include <boost/json.hpp>
+
+#include <fmt/format.h>
+
+#include "app/preferences/preference_keys.h"
+#include "backup/files/backup_file.h"
+#include "backup/files/vnk_util.h"
+#include "cli/commands.h"
+#include "platform/text_key.h"
+
+namespace varnok {
+namespace {
+
+struct Backup {
+  std::string name;  // Relative to the documents directory.
+  std::string path;
+  FileAttributes attributes;
+  bool last = false;
+};
+
+bool isVCard(const Backup& backup) {
+  std::string extension(pathExtension(backup.name));
+  for (char& c : extension) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return extension == "vcf";
+}
+
+// Every backup, the newest first.
+std::vector<Backup> allBackups(const Services& services) {
+  const std::string last = services.preferences.stringForKey(key::FILE_NAME).value_or("");
+  std::vector<Backup> backups;
+  for (const std::string& name : services.files.filesBelow(services.documents)) {
+    Backup backup{name, services.documents + "/" + name, {}, lastPathComponent(name) == last};
+    const std::string_view extension = pathExtension(name);
+    if (!isVCard(backup) && extension != "csv" && extension != "zip") continue;
+    backup.attributes = services.files.attributes(backup.path).value_or(FileAttributes{});
+    backups.push_back(std::move(backup));
+  }
+  std::ranges::sort(backups, [](const Backup& a, const Backup& b) {
+    if (a.attributes.modified != b.attributes.modified) return a.attributes.modified > b.attributes.modified;
+    return a.name > b.name;
+  });
+  return backups;
+}
+
+std::optional<Backup> findBackup(const Services& services, const std::string& name) {
+  const std::vector<Backup> backups = allBackups(services);
+  const auto found = std::ranges::find(backups, name, &Backup::name);
+  return found == backups.end() ? std::nullopt : std::optional(*found);
+}
+
+std::string timeText(Instant instant, const Clock& clock) {
+  const LocalTime local = clock.localTime(instant);
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", local.year, local.month, local.day, local.hour, local.minute);
+}
+
+}  // namespace
+
+int backupsCommand(CommandContext& context, bool all) {
+  const Services services = context.platform.services();
+  boost::json::array list;
+  std::string text;
+  for (const Backup& backup : allBackups(services)) {
+    if (!all && !isVCard(backup)) continue;
+    list.push_back({{"path", jsonText(backup.path)},
+                    {"name", jsonText(backup.name)},
+                    {"bytes", backup.attributes.size},
+                    {"modified", utcText(backup.attributes.modified)},
+                    {"last", backup.last}});
+    text += fmt::format("{}  {:>12}  {}{}\n", timeText(backup.attributes.modified, services.clock),
+                        VNKUtil::convertSize(static_cast<double>(backup.attributes.size)), shown(backup.name),
+                        backup.last ? "  (last)" : "");
+  }
+  context.report.result(list, text);
+  return kDone;
+}
+
+int backupsMailCommand(CommandContext& context, const std::string& name, const std::vector<std::string>& addresses) {
+  const Services services = context.platform.services();
+  const std::optional<Backup> backup = findBackup(services, name);
+  if (!backup) return context.report.failure("there is no backup " + name);
+  if (!services.mail.canSendMail()) {
+    return context.report.failure(services.texts.text(text_key::MAILCOMPOSER_CANT_SEND));
+  }
+  Status status;
+  std::optional<std::string> bytes = services.files.readFile(backup->path, status);
+  if (!bytes) return context.report.failure(status);
+  MailMessage message;
+  message.to = addresses;
+  message.subject = services.texts.text(text_key::Varnok);
+  message.body = services.texts.text(text_key::BACKUP_MAIL_BODY);
+  message.attachments.push_back(
+      {std::move(*bytes), "text/x-vcard;charset=UTF-8", std::string(lastPathComponent(backup->name))});
+  std::optional<MailComposeResult> result;
+  services.mail.present(std::move(message), [&](MailComposeResult given) { result = given; });
+  context.platform.tasks().runUntil([&] { return result.has_value(); });
+  if (result != MailComposeResult::sent) return context.report.failure("the mail program did not take the message");
+  context.report.result({{"result", "sent"}}, fmt::format("{} sent\n", shown(name)));
+  return kDone;
+}
+
+int backupsDeleteCommand(CommandContext& context, const std::string& name) {
+  const Services services = context.platform.services();
+  const std::optional<Backup> backup = findBackup(services, name);
+  if (!backup) return context.report.failure("there is no backup " + name);
+  if (backup->last) return context.report.failure(services.texts.text(text_key::LAST_BACKUP_ERROR_MESSAGE));
+  if (Status status = services.files.remove(backup->path); !status.ok()) return context.report.failure(status);
+  context.report.result({{"result", "deleted"}}, fmt::format("{} deleted\n", shown(name)));
+  return kDone;
+}
+
+}  // namespace varnok

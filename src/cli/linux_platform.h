@@ -1,0 +1,71 @@
+// LinuxPlatform: the real services, made once for the process.
+//
+// Lifetime. Made in main, outlives every screen. Threads. Main thread.
+
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/startup/services.h"
+#include "cli/paths.h"
+#include "platform/linux/imaging/turbo_image_codec.h"
+#include "platform/linux/mail/sendmail_mail_composer.h"
+#include "platform/linux/posix/developer_log_file.h"
+#include "platform/linux/posix/log_services.h"
+#include "platform/linux/posix/posix_clock.h"
+#include "platform/linux/posix/posix_file_system.h"
+#include "platform/linux/posix/preference_file_store.h"
+#include "platform/linux/posix/thread_task_runner.h"
+#include "platform/linux/sqlite/sqlite_contact_store.h"
+#include "platform/linux/text/icu_text_codec.h"
+#include "platform/linux/text/mo_text_catalog.h"
+#include "platform/no_dropbox_client.h"
+
+namespace varnok {
+
+struct PlatformOptions {
+  std::string home;                                              // Empty: where the desktop's conventions say.
+  std::string languages;                                         // Separated by commas; empty: from the environment.
+  std::vector<std::pair<std::string, std::string>> preferences;  // For this run only.
+};
+
+class LinuxPlatform {
+ public:
+  // Makes the user's directories where they are missing. Null with a Status
+  // when something it needs cannot be had.
+  static std::unique_ptr<LinuxPlatform> make(const PlatformOptions& options, ScreenPresenter& presenter,
+                                             Status& status);
+
+  Services services();
+  ThreadTaskRunner& tasks() { return tasks_; }
+  const Paths& paths() const { return paths_; }
+
+ private:
+  LinuxPlatform(Paths paths, const PlatformOptions& options, std::unique_ptr<PreferenceFileStore> preferences,
+                ScreenPresenter& presenter);
+
+  Paths paths_;
+  ScreenPresenter& presenter_;
+  Device device_;
+  std::unique_ptr<PreferenceFileStore> preferences_;
+  FileDeveloperLog log_;
+  PosixFileSystem files_;
+  PosixClock clock_;
+  IcuTextCodec codec_;
+  TurboImageCodec images_;
+  std::unique_ptr<MoTextCatalog> texts_;
+  SQLiteContactStoreProvider contacts_;
+  NotificationCenter notifications_;
+  ThreadTaskRunner tasks_;
+  SendmailMailComposer mail_;
+  LogIdleTimer idleTimer_;
+  NoDropboxClient dropboxClient_;
+  DropboxSession dropbox_;
+  LogCrashReporter crashReporter_;
+  LogFeedbackService feedback_;
+};
+
+}  // namespace varnok

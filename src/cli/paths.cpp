@@ -1,0 +1,59 @@
+#include "cli/paths.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace varnok {
+namespace {
+
+std::string environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+// A variable of the desktop's conventions counts only when it is absolute.
+std::string baseDirectory(const char* variable, const std::string& fallback) {
+  std::string directory = environment(variable);
+  if (directory.starts_with('/')) return directory + "/varnok";
+  const std::string home = environment("HOME");
+  return (home.empty() ? std::string("/") : home) + fallback + "/varnok";
+}
+
+// Beside an installed program, else where the build left them.
+std::string resourceDirectory() {
+  if (std::string named = environment("VARNOK_RESOURCES"); !named.empty()) return named;
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+  const auto installed = program.parent_path().parent_path() / "share" / "varnok";
+  if (!error && std::filesystem::is_directory(installed, error)) return installed.string();
+  return VARNOK_BUILD_RESOURCES;
+}
+
+}  // namespace
+
+Paths pathsFor(const std::string& home) {
+  std::string root = home.empty() ? environment("VARNOK_HOME") : home;
+  Paths paths;
+  paths.texts = resourceDirectory() + "/texts";
+  if (!root.empty()) {
+    std::error_code error;
+    root = std::filesystem::absolute(root, error).lexically_normal().string();
+    while (root.size() > 1 && root.ends_with('/'))
+      root.pop_back();
+    paths.contacts = root + "/contacts.db";
+    paths.preferences = root + "/preferences.db";
+    paths.documents = root + "/Documents";
+    paths.backupLock = root + "/backup.lock";
+    paths.log = root + "/log";
+    return paths;
+  }
+  const std::string data = baseDirectory("XDG_DATA_HOME", "/.local/share");
+  paths.contacts = data + "/contacts.db";
+  paths.preferences = baseDirectory("XDG_CONFIG_HOME", "/.config") + "/preferences.db";
+  paths.documents = data + "/Documents";
+  paths.backupLock = data + "/backup.lock";
+  paths.log = baseDirectory("XDG_STATE_HOME", "/.local/state") + "/log";
+  return paths;
+}
+
+}  // namespace varnok

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/status.h"
+
+namespace varnok {
+
+// Runs a program, which gets `input` on its standard input, and waits for it.
+// Ok when it ended with status 0. Otherwise the message holds how it ended and
+// the beginning of what it wrote to standard error. Past `timeLimit` it is
+// killed together with the processes that it started.
+//
+// `arguments` begins with the program's path. The program inherits the
+// environment and no open file but the standard three. Any thread.
+Status runProgram(const std::vector<std::string>& arguments, std::string_view input,
+                  std::chrono::milliseconds timeLimit);
+
+}  // namespace varnok

@@ -1,0 +1,51 @@
+// SendmailMailComposer: sends a message through a sendmail-compatible program
+// (`sendmail -i -t`, which reads the recipients from the message). There is no
+// window: present() sends at once, and answers when the program has taken the
+// message over.
+
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/clock.h"
+#include "platform/developer_log.h"
+#include "platform/mail_composer.h"
+#include "platform/task_runner.h"
+
+namespace varnok {
+
+class SendmailMailComposer : public MailComposer {
+ public:
+  struct Settings {
+    // The program's path. Empty: the first `sendmail` in searchPath.
+    std::string program;
+    // Directories with ":" between them.
+    std::string searchPath;
+    // A program that takes longer is ended, and so are those it started.
+    std::chrono::milliseconds timeLimit = std::chrono::seconds(60);
+  };
+
+  // The references outlive every message under way.
+  SendmailMailComposer(Settings settings, TaskRunner& tasks, const Clock& clock, DeveloperLog& log);
+
+  bool canSendMail() const override;
+
+  // sent when the program took the message; cancelled when it has no recipient,
+  // since nobody can be asked; failed otherwise, with the reason in the log.
+  void present(MailMessage message, std::function<void(MailComposeResult)> finished) override;
+
+ private:
+  std::optional<std::string> program() const;
+  void finish(MailComposeResult result, std::function<void(MailComposeResult)> finished);
+  MailComposeResult send(const MailMessage& message);
+
+  const Settings settings_;
+  TaskRunner& tasks_;
+  const Clock& clock_;
+  DeveloperLog& log_;
+};
+
+}  // namespace varnok

@@ -1,0 +1,56 @@
+#include "platform/linux/posix/posix_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <limits>
+
+namespace varnok {
+namespace {
+
+constexpr Instant kWinter{std::chrono::seconds(1709647629)};  // 2024-03-05 14:07:09 UTC.
+constexpr Instant kSummer{std::chrono::seconds(1720188429)};  // 2024-07-05 14:07:09 UTC.
+
+// A zone for one test; written out, so that no zone files are needed.
+class Zone {
+ public:
+  explicit Zone(const char* zone) { ::setenv("TZ", zone, /*overwrite=*/1); }
+  Zone(const Zone&) = delete;
+  Zone& operator=(const Zone&) = delete;
+  ~Zone() { ::setenv("TZ", "UTC", /*overwrite=*/1); }
+};
+
+constexpr const char* kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+
+TEST(PosixClock, FollowsAChangeOfTheZone) {
+  const PosixClock clock;
+  const Zone first("UTC0");
+  EXPECT_EQ(clock.localTime(kWinter), (LocalTime{2024, 3, 5, 14, 7, 9}));
+  const Zone second(kBerlin);
+  EXPECT_EQ(clock.localTime(kWinter), (LocalTime{2024, 3, 5, 15, 7, 9}));
+  EXPECT_EQ(clock.localTime(kSummer), (LocalTime{2024, 7, 5, 16, 7, 9}));
+  EXPECT_EQ(clock.instantOf({2024, 3, 5, 15, 7, 9}), kWinter);
+  EXPECT_EQ(clock.instantOf({2024, 7, 5, 16, 7, 9}), kSummer);
+}
+
+TEST(PosixClock, ReadsTimesBefore1970AndFarAway) {
+  const PosixClock clock;
+  const Zone zone("UTC0");
+  const LocalTime birthday{1899, 12, 31, 23, 59, 59};
+  EXPECT_EQ(clock.localTime(clock.instantOf(birthday)), birthday);
+  EXPECT_EQ(clock.localTime(Instant(std::chrono::seconds(-1))), (LocalTime{1969, 12, 31, 23, 59, 59}));
+  EXPECT_EQ(clock.localTime(Instant(std::chrono::seconds(std::numeric_limits<std::int64_t>::max()))), LocalTime());
+}
+
+TEST(PosixClock, AnHourSkippedOrRepeatedGivesAnInstantBesideIt) {
+  const PosixClock clock;
+  const Zone zone(kBerlin);
+  const Instant skipped = clock.instantOf({2024, 3, 31, 2, 30, 0});
+  const Instant change{std::chrono::seconds(1711846800)};
+  EXPECT_LE(std::chrono::abs(skipped - change), std::chrono::minutes(30));
+  const LocalTime repeated{2024, 10, 27, 2, 30, 0};
+  EXPECT_EQ(clock.localTime(clock.instantOf(repeated)), repeated);
+}
+
+}  // namespace
+}  // namespace varnok

@@ -1,0 +1,72 @@
+// The whole core over fakes, for tests of screens.
+//
+//   TestApplication app;
+//   putPeople(app.contacts, {person().firstName("Ada")});
+//   app.launch();
+//   app.screen().onClick_Backup();
+//   app.tasks.runUntilIdle();
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/preferences/preference_keys.h"
+#include "app/startup/varnok_app_delegate.h"
+#include "contacts/testing/in_memory_contact_store.h"
+#include "platform/testing/fake_clock.h"
+#include "platform/testing/fake_image_codec.h"
+#include "platform/testing/fake_services.h"
+#include "platform/testing/in_memory_file_system.h"
+#include "platform/testing/in_memory_preference_store.h"
+#include "platform/testing/manual_task_runner.h"
+#include "platform/testing/recording_presenter.h"
+#include "support/person_builder.h"
+
+namespace varnok {
+
+struct TestApplication {
+  InMemoryPreferenceStore preferences;
+  InMemoryContactStoreProvider contacts;
+  InMemoryFileSystem files;
+  FakeTextCatalog texts;
+  FakeTextCodec codec;
+  FakeClock clock;
+  FakeImageCodec images;
+  ManualTaskRunner tasks;
+  RecordingPresenter presenter;
+  NotificationCenter notifications;
+  FakeMailComposer mail;
+  FakeIdleTimer idleTimer;
+  FakeDropboxClient dropboxClient;
+  FakeDeveloperLog log;
+  DropboxSession dropbox{dropboxClient, preferences, log};
+  FakeCrashReporter crashReporter{log};
+  FakeFeedbackService feedback;
+  Device device{"Varnok", "1.2", "1.2.3", "Slate", "12", "6.0", "de_DE", {"de-AT", "en"}, false};
+  std::unique_ptr<VarnokAppDelegate> delegate;
+
+  TestApplication() { VarnokAppDelegate::initialize(preferences); }
+
+  Services services() {
+    return {preferences,   contacts,  files,         texts,  codec,     clock,         images,
+            tasks,         presenter, notifications, mail,   idleTimer, dropboxClient, dropbox,
+            crashReporter, feedback,  log,           device, "/docs",   "/lock"};
+  }
+
+  void launch(const LaunchOptions& options = {}) {
+    delegate = std::make_unique<VarnokAppDelegate>(services());
+    EXPECT_TRUE(delegate->didFinishLaunchingWithOptions(options));
+    delegate->applicationDidBecomeActive();
+  }
+
+  VarnokViewController& screen() { return *delegate->viewController(); }
+
+  // A backup from the tap to its end.
+  void backUp() {
+    screen().onClick_Backup();
+    tasks.runUntilIdle();
+  }
+};
+
+}  // namespace varnok

@@ -1,0 +1,31 @@
+# Every test program, in the order of the folders under src/.
+varnok_test(NAME contact_store_contract SOURCES contract/contact_store_contract_test.cpp
+  DEPENDS varnok::platform_linux_sqlite LABELS threads)
+varnok_test(NAME turbo_image_codec
+  SOURCES platform/linux/imaging/picture_maker.cpp platform/linux/imaging/turbo_image_codec_test.cpp
+  DEPENDS varnok::platform_linux_imaging JPEG::JPEG PNG::PNG ZLIB::ZLIB LABELS threads)
+varnok_test(NAME vcard_reader SOURCES import/vcard_reader_test.cpp DEPENDS varnok::import)
+varnok_test(NAME texts
+  SOURCES platform/text_catalog_test.cpp platform/linux/text/icu_text_codec_test.cpp platform/linux/text/mo_file_test.cpp
+          platform/linux/text/mo_text_catalog_test.cpp platform/linux/text/plural_rule_test.cpp
+  DEPENDS varnok::platform_linux_text)
+target_compile_definitions(texts_test PRIVATE VARNOK_TEXTS_DIR="${VARNOK_TEXTS_DIR}")
+add_dependencies(texts_test varnok_texts)
+varnok_test(NAME export SOURCES export/vcf_exporter_test.cpp DEPENDS varnok::export)
+varnok_test(NAME backup_files SOURCES backup/files/vnk_util_test.cpp DEPENDS varnok::backup_files)
+varnok_test(NAME application
+  SOURCES app/preferences/preference_keys_test.cpp app/startup/varnok_app_delegate_test.cpp
+          backup/run/varnok_view_controller_test.cpp
+  DEPENDS varnok::app_startup)
+varnok_test(NAME preference_store SOURCES platform/preference_store_test.cpp DEPENDS varnok::platform)
+varnok_test(NAME platform_linux_posix
+  SOURCES platform/linux/posix/log_services_test.cpp platform/linux/posix/posix_clock_test.cpp
+          platform/linux/posix/posix_file_system_test.cpp platform/linux/posix/preference_file_store_test.cpp
+  DEPENDS varnok::platform_linux_posix)
+varnok_test(NAME thread_task_runner SOURCES platform/linux/posix/thread_task_runner_test.cpp
+  DEPENDS varnok::platform_linux_posix LABELS threads)
+varnok_test(NAME platform_linux_mail
+  SOURCES platform/linux/mail/mime_message_test.cpp platform/linux/mail/sendmail_mail_composer_test.cpp
+  DEPENDS varnok::platform_linux_mail varnok::platform_linux_posix)
+target_compile_definitions(platform_linux_mail_test PRIVATE
+  VARNOK_MAIL_TEST_DIR="${CMAKE_CURRENT_SOURCE_DIR}/platform/linux/mail")

@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
-#include "import/utf8.h"
 #include "import/vcard_reader.h"
 #include "platform/testing/fake_clock.h"
+#include "platform/utf8.h"
 
 namespace varnok {
 namespace {

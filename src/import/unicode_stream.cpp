@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "import/utf8.h"
+#include "platform/utf8.h"
 
 namespace varnok {
 namespace {

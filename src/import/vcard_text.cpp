@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "import/utf8.h"
+#include "platform/utf8.h"
 
 namespace varnok {
 namespace {

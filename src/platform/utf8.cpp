@@ -6,64 +6,111 @@
 namespace varnok {
 namespace {
 
-// The length of the well-formed sequence that `bytes` begins with, 0 for none.
-std::size_t sequenceLength(std::string_view bytes) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
-  const auto follows = [&](std::size_t i, unsigned low = 0x80, unsigned high = 0xBF) {
-    return i < bytes.size() && byte(i) >= low && byte(i) <= high;
-  };
-  const unsigned first = byte(0);
-  if (first < 0x80) return 1;
-  if (first >= 0xC2 && first <= 0xDF) return follows(1) ? 2 : 0;
-  if (first >= 0xE0 && first <= 0xEF) {
-    const unsigned low = first == 0xE0 ? 0xA0 : 0x80;   // Shorter forms exist below.
-    const unsigned high = first == 0xED ? 0x9F : 0xBF;  // Surrogates lie above.
-    return follows(1, low, high) && follows(2) ? 3 : 0;
-  }
-  if (first >= 0xF0 && first <= 0xF4) {
-    const unsigned low = first == 0xF0 ? 0x90 : 0x80;
-    const unsigned high = first == 0xF4 ? 0x8F : 0xBF;
-    return follows(1, low, high) && follows(2) && follows(3) ? 4 : 0;
-  }
-  return 0;
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+unsigned byteAt(std::string_view bytes, std::size_t index) {
+  return static_cast<unsigned char>(bytes[index]);
 }
 
-// The bytes before the first malformed sequence. Eight ASCII bytes at a time.
-std::size_t validPrefix(std::string_view text) {
-  std::size_t offset = 0;
-  while (offset < text.size()) {
-    std::uint64_t block = 0;
-    if (offset + sizeof block <= text.size()) {
-      std::memcpy(&block, text.data() + offset, sizeof block);
-      if ((block & 0x8080808080808080U) == 0) {
-        offset += sizeof block;
-        continue;
-      }
-    }
-    const std::size_t length = sequenceLength(text.substr(offset));
-    if (length == 0) break;
-    offset += length;
+// How many bytes at the front are ASCII, looked at eight at a time.
+std::size_t asciiPrefix(std::string_view bytes) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::size_t length = 0;
+  std::uint64_t word = 0;
+  while (length + sizeof word <= bytes.size()) {
+    std::memcpy(&word, bytes.data() + length, sizeof word);
+    if ((word & kHighBits) != 0) break;
+    length += sizeof word;
   }
-  return offset;
+  while (length < bytes.size() && byteAt(bytes, length) < 0x80)
+    ++length;
+  return length;
+}
+
+struct Sequence {
+  std::size_t length;  // Bytes of the sequence, or of the ill-formed part. At least 1.
+  bool valid;
+};
+
+// The second byte's range is narrower after some lead bytes: it keeps out
+// overlong forms, surrogates and numbers above U+10FFFF.
+struct Lead {
+  std::size_t length;
+  unsigned secondFrom;
+  unsigned secondTo;
+};
+
+Lead leadOf(unsigned byte) {
+  if (byte >= 0xC2 && byte <= 0xDF) return {2, 0x80, 0xBF};
+  if (byte >= 0xE0 && byte <= 0xEF) return {3, byte == 0xE0 ? 0xA0U : 0x80U, byte == 0xED ? 0x9FU : 0xBFU};
+  if (byte >= 0xF0 && byte <= 0xF4) return {4, byte == 0xF0 ? 0x90U : 0x80U, byte == 0xF4 ? 0x8FU : 0xBFU};
+  return {0, 0, 0};
+}
+
+// The sequence at the front of `bytes`, which begins with a byte above 0x7F.
+Sequence sequenceAt(std::string_view bytes) {
+  const Lead lead = leadOf(byteAt(bytes, 0));
+  for (std::size_t i = 1; i < lead.length; ++i) {
+    if (i == bytes.size()) return {i, false};
+    const unsigned byte = byteAt(bytes, i);
+    const bool fits = i == 1 ? byte >= lead.secondFrom && byte <= lead.secondTo : (byte & 0xC0U) == 0x80U;
+    if (!fits) return {i, false};
+  }
+  return lead.length == 0 ? Sequence{1, false} : Sequence{lead.length, true};
 }
 
 }  // namespace
 
-std::string_view validUTF8(std::string_view text, std::string& copy) {
-  std::size_t valid = validPrefix(text);
-  if (valid == text.size()) return text;
-  copy.clear();
-  while (valid < text.size()) {
-    copy += text.substr(0, valid);
-    copy += "\uFFFD";
-    text.remove_prefix(valid + 1);
-    // What was left of a longer sequence belongs to the same fault.
-    while (!text.empty() && (static_cast<unsigned char>(text.front()) & 0xC0U) == 0x80)
-      text.remove_prefix(1);
-    valid = validPrefix(text);
+bool isValidUTF8(std::string_view bytes) {
+  for (;;) {
+    bytes.remove_prefix(asciiPrefix(bytes));
+    if (bytes.empty()) return true;
+    const Sequence sequence = sequenceAt(bytes);
+    if (!sequence.valid) return false;
+    bytes.remove_prefix(sequence.length);
   }
-  copy += text;
+}
+
+std::string repairedUTF8(std::string_view bytes) {
+  std::string text;
+  text.reserve(bytes.size() + kReplacement.size());
+  while (!bytes.empty()) {
+    const std::size_t ascii = asciiPrefix(bytes);
+    text.append(bytes.substr(0, ascii));
+    bytes.remove_prefix(ascii);
+    if (bytes.empty()) break;
+    const Sequence sequence = sequenceAt(bytes);
+    text.append(sequence.valid ? bytes.substr(0, sequence.length) : kReplacement);
+    bytes.remove_prefix(sequence.length);
+  }
+  return text;
+}
+
+std::string_view validUTF8(std::string_view bytes, std::string& copy) {
+  if (isValidUTF8(bytes)) return bytes;
+  copy = repairedUTF8(bytes);
   return copy;
+}
+
+void appendUTF8(std::string& text, char32_t character) {
+  const auto append = [&](char32_t byte) { text.push_back(static_cast<char>(byte)); };
+  if (character < 0x80) {
+    append(character);
+  } else if (character < 0x800) {
+    append(0xC0U | (character >> 6U));
+    append(0x80U | (character & 0x3FU));
+  } else if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF)) {
+    text.append(kReplacement);
+  } else if (character < 0x10000) {
+    append(0xE0U | (character >> 12U));
+    append(0x80U | ((character >> 6U) & 0x3FU));
+    append(0x80U | (character & 0x3FU));
+  } else {
+    append(0xF0U | (character >> 18U));
+    append(0x80U | ((character >> 12U) & 0x3FU));
+    append(0x80U | ((character >> 6U) & 0x3FU));
+    append(0x80U | (character & 0x3FU));
+  }
 }
 
 }  // namespace varnok

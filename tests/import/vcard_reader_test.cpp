@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "import/utf8.h"
 #include "platform/testing/fake_clock.h"
+#include "platform/utf8.h"
 #include "support/person_text.h"
 
 namespace {

@@ -39,10 +39,10 @@ TEST(UTF8, MalformedSequencesBecomeReplacementsAndNothingElseChanges) {
       {"\x80", "\uFFFD"},
       {"a\xC3", "a\uFFFD"},
       {"a\xC3(", "a\uFFFD("},
-      {"\xC0\xAF", "\uFFFD"},                // An overlong slash.
-      {"\xED\xA0\x80z", "\uFFFDz"},          // A surrogate.
-      {"\xF4\x90\x80\x80", "\uFFFD"},        // Beyond the last character.
-      {"\xE6\x9D\xB1\xE4\xBA", "東\uFFFD"},  // Cut in the middle.
+      {"\xC0\xAF", "\uFFFD\uFFFD"},                      // An overlong slash.
+      {"\xED\xA0\x80z", "\uFFFD\uFFFD\uFFFDz"},          // A surrogate.
+      {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},  // Beyond the last character.
+      {"\xE6\x9D\xB1\xE4\xBA", "東\uFFFD"},              // Cut in the middle.
       {"12345678\xFF"
        "12345678",
        "12345678\uFFFD12345678"},

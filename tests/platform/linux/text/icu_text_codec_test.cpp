@@ -75,7 +75,7 @@ TEST(IcuTextCodec, ReplacesMalformedSequences) {
   const Row rows[] = {
       {"a byte that no text has", "UTF-8", "a\xFFz", "a\uFFFDz"},
       {"a sequence cut short", "UTF-8", "\xE2\x82", "\uFFFD"},
-      {"an overlong slash", "UTF-8", "\xC0\xAF", "\uFFFD"},
+      {"an overlong slash", "UTF-8", "\xC0\xAF", "\uFFFD\uFFFD"},
       {"unassigned byte", "ISO-8859-7", "a\xD2z", "a\uFFFDz"},
       {"one wrong byte where ICU would write U+001A", "Shift_JIS", "a\xFDz", "a\uFFFDz"},
       {"odd last byte", "UTF-16LE", "a\0b"s, "a\uFFFD"},

@@ -6,17 +6,25 @@ varnok_test(NAME turbo_image_codec
   DEPENDS varnok::platform_linux_imaging JPEG::JPEG PNG::PNG ZLIB::ZLIB LABELS threads)
 varnok_test(NAME vcard_reader SOURCES import/vcard_reader_test.cpp DEPENDS varnok::import)
 varnok_test(NAME texts
-  SOURCES platform/text_catalog_test.cpp platform/linux/text/icu_text_codec_test.cpp platform/linux/text/mo_file_test.cpp
+  SOURCES platform/text_catalog_test.cpp platform/linux/text/icu_date_formatter_test.cpp
+          platform/linux/text/icu_text_codec_test.cpp platform/linux/text/mo_file_test.cpp
           platform/linux/text/mo_text_catalog_test.cpp platform/linux/text/plural_rule_test.cpp
-  DEPENDS varnok::platform_linux_text)
+  DEPENDS varnok::platform_linux_text varnok::backup_files)
 target_compile_definitions(texts_test PRIVATE VARNOK_TEXTS_DIR="${VARNOK_TEXTS_DIR}")
 add_dependencies(texts_test varnok_texts)
-varnok_test(NAME export SOURCES export/vcf_exporter_test.cpp DEPENDS varnok::export)
+varnok_test(NAME export SOURCES export/csv_exporter_test.cpp export/vcf_exporter_test.cpp DEPENDS varnok::export)
+varnok_test(NAME csv_languages SOURCES export/csv_languages_test.cpp DEPENDS varnok::export varnok::platform_linux_text)
+target_compile_definitions(csv_languages_test PRIVATE VARNOK_TEXTS_DIR="${VARNOK_TEXTS_DIR}")
+add_dependencies(csv_languages_test varnok_texts)
+varnok_test(NAME zip_cards SOURCES export/zip_cards_test.cpp
+  DEPENDS varnok::export varnok::platform_linux_text ZLIB::ZLIB)
 varnok_test(NAME backup_files SOURCES backup/files/vnk_util_test.cpp DEPENDS varnok::backup_files)
+varnok_test(NAME zip_archive SOURCES backup/files/zip_archive_test.cpp
+  DEPENDS varnok::backup_files varnok::platform_linux_posix ZLIB::ZLIB LABELS threads)
 varnok_test(NAME application
   SOURCES app/preferences/preference_keys_test.cpp app/startup/varnok_app_delegate_test.cpp
           backup/run/varnok_view_controller_test.cpp
-  DEPENDS varnok::app_startup)
+  DEPENDS varnok::app_startup ZLIB::ZLIB)
 varnok_test(NAME preference_store SOURCES platform/preference_store_test.cpp DEPENDS varnok::platform)
 varnok_test(NAME platform_linux_posix
   SOURCES platform/linux/posix/log_services_test.cpp platform/linux/posix/posix_clock_test.cpp
@@ -29,3 +37,10 @@ varnok_test(NAME platform_linux_mail
   DEPENDS varnok::platform_linux_mail varnok::platform_linux_posix)
 target_compile_definitions(platform_linux_mail_test PRIVATE
   VARNOK_MAIL_TEST_DIR="${CMAKE_CURRENT_SOURCE_DIR}/platform/linux/mail")
+varnok_test(NAME engagement SOURCES engagement/corvel_rating_test.cpp DEPENDS varnok::engagement)
+varnok_test(NAME settings_fields
+  SOURCES settings/fields/export_type_configuration_view_controller_test.cpp
+          settings/fields/export_type_view_controller_test.cpp
+  DEPENDS varnok::settings_fields)
+varnok_test(NAME prepared_photos SOURCES export/prepared_photos_test.cpp
+  DEPENDS varnok::export varnok::platform_linux_posix LABELS threads)

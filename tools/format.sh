@@ -4,4 +4,4 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 mode=(-i)
 [[ ${1:-} == --check ]] && mode=(--dry-run --Werror)
-find src tests fuzz bench -name '*.h' -o -name '*.cpp' -o -name '*.c' | sort | xargs clang-format "${mode[@]}"
+find src tests fuzz bench -name '*.h' -o -name '*.cpp' | sort | xargs clang-format "${mode[@]}"

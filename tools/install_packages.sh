@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # Installs the Debian packages of one or more lists (tools/packages-NAME.txt)
-# that are missing. Asks apt only when something is.
+# that are missing. Asks apt only when something is. A line "PACKAGE COMMAND"
+# is satisfied by the command, wherever it comes from.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 
 missing=()
 for list in "$@"; do
-  while read -r package; do
+  while read -r package command; do
     [[ -z $package || $package == \#* ]] && continue
+    [[ -n $command ]] && command -v "$command" >/dev/null && continue
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
   done <"$here/packages-$list.txt"
 done

@@ -72,6 +72,8 @@ int backupCommand(CommandContext& context) {
   }
   for (const std::string& alert : alerts)
     context.report.notice(alert);
+  // What the answers to the alerts have set off counts too.
+  tasks.runUntil([&] { return tasks.idle(std::chrono::milliseconds(0)); });
   return reportOutcome(context, *outcome, seconds.count());
 }
 

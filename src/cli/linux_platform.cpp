@@ -60,14 +60,16 @@ LinuxPlatform::LinuxPlatform(Paths paths, const PlatformOptions& options,
       mail_(mailSettings(), tasks_, clock_, log_),
       idleTimer_(log_),
       dropbox_(dropboxClient_, *preferences_, log_),
+      storeReview_(log_),
+      rating_({*preferences_, clock_, device_, network_, storeReview_, tasks_, log_}),
       crashReporter_(log_),
       feedback_(log_) {
   preferences_->setVolatileValue(arrayOf(device_.appleLanguages), key::AppleLanguages);
 }
 
 Services LinuxPlatform::services() {
-  return {*preferences_,  contacts_,  files_,         *texts_, codec_,           clock_,           images_,
-          tasks_,         presenter_, notifications_, mail_,   idleTimer_,       dropboxClient_,   dropbox_,
+  return {*preferences_,  contacts_,  files_,         *texts_, codec_,           clock_,           random_,  images_,
+          tasks_,         presenter_, notifications_, mail_,   idleTimer_,       dropboxClient_,   dropbox_, rating_,
           crashReporter_, feedback_,  log_,           device_, paths_.documents, paths_.backupLock};
 }
 

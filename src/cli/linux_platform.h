@@ -18,6 +18,7 @@
 #include "platform/linux/posix/posix_clock.h"
 #include "platform/linux/posix/posix_file_system.h"
 #include "platform/linux/posix/preference_file_store.h"
+#include "platform/linux/posix/system_random_source.h"
 #include "platform/linux/posix/thread_task_runner.h"
 #include "platform/linux/sqlite/sqlite_contact_store.h"
 #include "platform/linux/text/icu_text_codec.h"
@@ -54,6 +55,7 @@ class LinuxPlatform {
   FileDeveloperLog log_;
   PosixFileSystem files_;
   PosixClock clock_;
+  SystemRandomSource random_;
   IcuTextCodec codec_;
   TurboImageCodec images_;
   std::unique_ptr<MoTextCatalog> texts_;
@@ -64,6 +66,9 @@ class LinuxPlatform {
   LogIdleTimer idleTimer_;
   NoDropboxClient dropboxClient_;
   DropboxSession dropbox_;
+  NoNetworkMonitor network_;
+  LogStoreReview storeReview_;
+  CorvelRating rating_;
   LogCrashReporter crashReporter_;
   LogFeedbackService feedback_;
 };

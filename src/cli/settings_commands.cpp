@@ -51,6 +51,7 @@ json::value originText(PreferenceStore::Origin origin) {
 
 std::string textOf(const json::value& value) {
   if (value.is_null()) return "-";
+  if (value.is_double()) return fmt::format("{}", value.get_double());
   return value.is_string() ? shown(std::string_view(value.get_string())) : shown(json::serialize(value));
 }
 

@@ -88,15 +88,13 @@ std::optional<std::string> ABRecordCopyCompositeName(const PersonRef& person) {
   const bool familyFirst = store != nullptr && store->sortOrdering() == SortOrdering::byLastName;
   std::string name;
   for (const PropertyID part : familyFirst ? kFamilyFirst : kGivenFirst) {
-    const std::optional<std::string> text = copyText(person, part);
+    const std::optional<std::string_view> text = person->text(part);
     if (!text || text->empty()) continue;
     if (!name.empty()) name += ' ';
     name += *text;
   }
-  if (!name.empty()) return name;
-  std::optional<std::string> organization = copyText(person, kABPersonOrganizationProperty);
-  if (organization && organization->empty()) organization.reset();
-  return organization;
+  if (name.empty()) name = copyText(person, kABPersonOrganizationProperty).value_or("");
+  return name.empty() ? std::nullopt : std::optional(std::move(name));
 }
 
 bool ABPersonHasImageData(const PersonRef& person) {
@@ -162,10 +160,8 @@ bool ABMultiValueRemoveValueAndLabelAtIndex(MultiValue& list, int index) {
 }
 
 std::optional<std::string> copyText(const PersonRef& person, PropertyID property) {
-  std::optional<PropertyValue> value = ABRecordCopyValue(person, property);
-  if (!value) return std::nullopt;
-  auto* text = std::get_if<std::string>(&*value);
-  return text == nullptr ? std::nullopt : std::optional(std::move(*text));
+  const auto text = person == nullptr ? std::nullopt : person->text(property);
+  return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 
 MultiValue copyList(const PersonRef& person, PropertyID property) {

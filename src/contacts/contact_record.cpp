@@ -23,6 +23,17 @@ std::optional<PropertyValue> ContactRecord::value(PropertyID property) const {
   return store_ == nullptr ? std::nullopt : store_->backend_->value(id_, property);
 }
 
+std::optional<std::string_view> ContactRecord::text(PropertyID property) const {
+  if (const PersonChanges* changes = changesIfAny()) {
+    const auto found = changes->properties.find(property);
+    if (found != changes->properties.end()) {
+      const auto* text = found->second ? std::get_if<std::string>(&*found->second) : nullptr;
+      return text == nullptr ? std::nullopt : std::optional<std::string_view>(*text);
+    }
+  }
+  return store_ == nullptr ? std::nullopt : store_->backend_->text(id_, property);
+}
+
 Status ContactRecord::setValue(PropertyID property, PropertyValue value) {
   const Property& known = propertyOf(property);
   if (!fits(value, known.type)) {

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "contacts/property_value.h"
 #include "platform/status.h"
@@ -48,6 +49,10 @@ class ContactRecord {
 
   // Nothing when the property is absent.
   std::optional<PropertyValue> value(PropertyID property) const;
+
+  // The text of a text property, without a copy: valid until the next read
+  // through the store and the next change of the person.
+  std::optional<std::string_view> text(PropertyID property) const;
 
   // invalidArgument when the value is not of the property's type; the record
   // is then as it was.

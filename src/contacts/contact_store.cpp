@@ -40,31 +40,25 @@ Status ContactStore::addRecord(PersonRef person) {
   }
   person->added_ = true;
   additions_.push_back({std::move(person)});
-  if (additions_.size() - heldAdditions_ < kAdditionsInMemory) return {};
-  return writeAdditionsNobodyHolds();
+  return additions_.size() < kAdditionsInMemory ? Status() : writeAdditionsNobodyHolds();
 }
 
 // A person that its creator still holds may change until the save; one that
-// nobody else holds is final, and can leave memory now.
+// nobody else holds is final, and can leave memory now. People join the store
+// in the order in which they were added, so the first one held ends it.
 Status ContactStore::writeAdditionsNobodyHolds() {
-  if (!writeStatus_.ok()) return writeStatus_;
-  for (std::size_t i = heldAdditions_; i < additions_.size(); ++i) {
-    Addition& addition = additions_[i];
-    if (addition.person.use_count() > 1) continue;
-    writeStatus_ = backend_->insert(addition.person->own_, addition.id);
-    if (!writeStatus_.ok()) return writeStatus_;
-    addition.person.reset();
+  auto addition = additions_.begin();
+  for (; addition != additions_.end() && addition->person.use_count() == 1 && writeStatus_.ok(); ++addition) {
+    writeStatus_ = backend_->insert(addition->person->own_, addition->id);
   }
-  std::erase_if(additions_, [](const Addition& addition) { return addition.person == nullptr; });
-  heldAdditions_ = additions_.size();
-  return {};
+  additions_.erase(additions_.begin(), addition);
+  return writeStatus_;
 }
 
 Status ContactStore::removeRecord(const PersonRef& person) {
   if (person == nullptr) return {Status::Code::notFound, "there is no such person"};
   if (person->store_ == nullptr) {
     const auto removed = std::erase_if(additions_, [&](const auto& addition) { return addition.person == person; });
-    heldAdditions_ = std::min(heldAdditions_, additions_.size());
     person->added_ = false;
     return removed > 0 ? Status() : Status(Status::Code::notFound, "the person is not part of this address book");
   }
@@ -110,7 +104,6 @@ void ContactStore::dropPending() {
   for (const Addition& addition : additions_)
     addition.person->added_ = false;
   additions_.clear();
-  heldAdditions_ = 0;
   changes_.clear();
   removals_.clear();
   writeStatus_ = {};

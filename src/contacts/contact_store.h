@@ -38,10 +38,13 @@ class ContactBackend {
  public:
   virtual ~ContactBackend() = default;
 
-  virtual std::vector<RecordID> allIDs() = 0;  // In the store's own order.
+  virtual std::vector<RecordID> allIDs() = 0;        // In the store's own order.
+  virtual std::vector<RecordID> idsWithImage() = 0;  // In the same order.
   virtual int personCount() = 0;
   virtual bool contains(RecordID id) = 0;
   virtual std::optional<PropertyValue> value(RecordID id, PropertyID property) = 0;
+  // Of a text property. Valid until the next call.
+  virtual std::optional<std::string_view> text(RecordID id, PropertyID property) = 0;
   virtual bool hasImage(RecordID id) = 0;
   virtual std::optional<std::string> image(RecordID id) = 0;
   virtual Status readStatus() const = 0;  // The first failed read, else ok.
@@ -82,6 +85,10 @@ class ContactStore {
   // Every person, in the store's own order. Callers that need an order sort.
   PersonArray allPeople() { return {*this, backend_->allIDs()}; }
 
+  // Those who have a picture stored, in the same order. Cheap beside a pass over
+  // everybody, and does not disturb one.
+  PersonArray peopleWithImages() { return {*this, backend_->idsWithImage()}; }
+
   // Null when no person has this identifier.
   PersonRef personWithRecordID(RecordID id);
 
@@ -120,7 +127,6 @@ class ContactStore {
     RecordID id = kInvalidRecordID;  // Set once it is written in the open transaction.
   };
   std::vector<Addition> additions_;
-  std::size_t heldAdditions_ = 0;  // At the front of additions_: looked at once and kept in memory.
   std::unordered_map<RecordID, PersonChanges> changes_;
   std::vector<RecordID> removals_;
   Status writeStatus_;  // Of additions written before the save.

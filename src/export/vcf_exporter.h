@@ -16,6 +16,7 @@
 #include <string>
 #include <string_view>
 
+#include "backup/files/zip_archive.h"
 #include "contacts/address_book.h"
 #include "export/export_services.h"
 #include "platform/file_system.h"
@@ -32,6 +33,12 @@ class VCFExporter {
   static Status exportPerson(OutputStream& buffer, const PersonRef& person, std::string_view language,
                              const ExportServices& services);
 
+  // Adds the card to `archive`, in the code page of `language` where its texts
+  // fit, as a file named after `fileName` and a random number. The other dates
+  // are in it whatever their switch says. Fails as the archive does.
+  static Status exportAsZip(ZipArchive& archive, const PersonRef& person, std::string_view language,
+                            const std::optional<std::string>& fileName, const ExportServices& services);
+
   // The TYPE word of a stored label; nothing for any other label and for none.
   static std::optional<std::string_view> convertVCFLabel(const std::optional<std::string>& label);
 
@@ -41,6 +48,9 @@ class VCFExporter {
 
   using Lines = std::optional<std::string>;
 
+  // The PHOTO line of a picture. Any thread.
+  static std::string photoLine(std::string_view bytes, bool shrink, const ImageCodec& images);
+
   static Lines vCard_BEGIN(const PersonRef& person, const ExportServices& services);
   static Lines vCard_VERSION(const PersonRef& person, const ExportServices& services);
   static Lines vCard_N(const PersonRef& person, const ExportServices& services);
@@ -48,7 +58,8 @@ class VCFExporter {
   static Lines vCard_NICKNAME(const PersonRef& person, const ExportServices& services);
   static Lines vCard_X_PHONETIC_FIRST_NAME(const PersonRef& person, const ExportServices& services);
   static Lines vCard_X_PHONETIC_LAST_NAME(const PersonRef& person, const ExportServices& services);
-  // A photo that cannot be reduced goes out as it is stored.
+  // A photo that cannot be reduced goes out as it is stored. Taken from
+  // `services.photos` where they are prepared ahead; `shrink` was settled there.
   static Lines vCard_PHOTO(const PersonRef& person, bool shrink, const ExportServices& services);
   static Lines vCard_BDAY(const PersonRef& person, const ExportServices& services);
   static Lines vCard_DATE(const PersonRef& person, const ExportServices& services);

@@ -131,6 +131,27 @@ TEST_P(ContactStoreContract, AListWithoutEntriesIsAbsent) {
   EXPECT_EQ(open()->personWithRecordID(id)->value(kABPersonPhoneProperty), std::nullopt);
 }
 
+TEST_P(ContactStoreContract, FindsThoseWithAPictureWithoutDisturbingAPass) {
+  auto store = open();
+  for (int i = 0; i < 600; ++i) {
+    const PersonRef person = ABPersonCreate();
+    ASSERT_TRUE(person->setValue(kABPersonFirstNameProperty, std::to_string(i)).ok());
+    if (i % 300 == 299) person->setImage("picture " + std::to_string(i));
+    ASSERT_TRUE(store->addRecord(person).ok());
+  }
+  ASSERT_TRUE(store->save().ok());
+  const PersonArray people = store->allPeople();
+  const PersonArray pictured = store->peopleWithImages();
+  ASSERT_EQ(pictured.ids(), (std::vector<RecordID>{people.ids()[299], people.ids()[599]}));
+  EXPECT_EQ(copyText(people[0], kABPersonFirstNameProperty), "0");
+  EXPECT_EQ(pictured[1]->image(), "picture 599");
+  EXPECT_EQ(people[1]->image(), std::nullopt);
+  EXPECT_EQ(copyText(people[1], kABPersonFirstNameProperty), "1");
+  pictured[0]->setImage(std::nullopt);
+  ASSERT_TRUE(store->save().ok());
+  EXPECT_EQ(store->peopleWithImages().size(), 1U);
+}
+
 TEST_P(ContactStoreContract, DropsWhatWasNotSaved) {
   const RecordID id = addSaved("Ada");
   {

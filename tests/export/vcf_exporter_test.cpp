@@ -6,6 +6,7 @@
 #include "backup/files/vnk_util.h"
 #include "platform/testing/fake_clock.h"
 #include "platform/testing/fake_image_codec.h"
+#include "platform/testing/fake_random_source.h"
 #include "platform/testing/fake_services.h"
 #include "platform/testing/in_memory_file_system.h"
 #include "platform/testing/in_memory_preference_store.h"
@@ -22,7 +23,8 @@ struct Surroundings {
   FakeClock clock;
   FakeImageCodec images;
   FakeTextCodec codec;
-  ExportServices services{preferences, clock, images, codec};
+  FakeRandomSource random;
+  ExportServices services{preferences, clock, images, codec, random};
 
   Surroundings() { preferences.registerDefaults(registeredDefaults()); }
 

@@ -16,6 +16,7 @@
 #include "contacts/testing/in_memory_contact_store.h"
 #include "platform/testing/fake_clock.h"
 #include "platform/testing/fake_image_codec.h"
+#include "platform/testing/fake_random_source.h"
 #include "platform/testing/fake_services.h"
 #include "platform/testing/in_memory_file_system.h"
 #include "platform/testing/in_memory_preference_store.h"
@@ -32,6 +33,7 @@ struct TestApplication {
   FakeTextCatalog texts;
   FakeTextCodec codec;
   FakeClock clock;
+  FakeRandomSource random;
   FakeImageCodec images;
   ManualTaskRunner tasks;
   RecordingPresenter presenter;
@@ -40,17 +42,20 @@ struct TestApplication {
   FakeIdleTimer idleTimer;
   FakeDropboxClient dropboxClient;
   FakeDeveloperLog log;
+  Device device{"Varnok", "1.2", "1.2.3", "Slate", "12", "6.0", "de_DE", {"de-AT", "en"}, false};
   DropboxSession dropbox{dropboxClient, preferences, log};
+  FakeNetworkMonitor network;
+  FakeStoreReview storeReview;
+  CorvelRating rating{{preferences, clock, device, network, storeReview, tasks, log}};
   FakeCrashReporter crashReporter{log};
   FakeFeedbackService feedback;
-  Device device{"Varnok", "1.2", "1.2.3", "Slate", "12", "6.0", "de_DE", {"de-AT", "en"}, false};
   std::unique_ptr<VarnokAppDelegate> delegate;
 
   TestApplication() { VarnokAppDelegate::initialize(preferences); }
 
   Services services() {
-    return {preferences,   contacts,  files,         texts,  codec,     clock,         images,
-            tasks,         presenter, notifications, mail,   idleTimer, dropboxClient, dropbox,
+    return {preferences,   contacts,  files,         texts,  codec,     clock,         random,  images,
+            tasks,         presenter, notifications, mail,   idleTimer, dropboxClient, dropbox, rating,
             crashReporter, feedback,  log,           device, "/docs",   "/lock"};
   }
 

@@ -7,6 +7,7 @@
 
 #include "backup/dropbox/dropbox_session.h"
 #include "contacts/contact_store.h"
+#include "engagement/corvel_rating.h"
 #include "platform/clock.h"
 #include "platform/crash_reporter.h"
 #include "platform/developer_log.h"
@@ -18,6 +19,7 @@
 #include "platform/mail_composer.h"
 #include "platform/notification_center.h"
 #include "platform/preference_store.h"
+#include "platform/random.h"
 #include "platform/screen_presenter.h"
 #include "platform/task_runner.h"
 #include "platform/text_catalog.h"
@@ -32,6 +34,7 @@ struct Services {
   const TextCatalog& texts;
   const TextCodec& codec;
   const Clock& clock;
+  RandomSource& random;
   const ImageCodec& images;
   TaskRunner& tasks;
   ScreenPresenter& presenter;
@@ -40,6 +43,7 @@ struct Services {
   IdleTimer& idleTimer;
   DropboxClient& dropboxClient;
   DropboxSession& dropbox;  // sharedInstance: one session for the process.
+  CorvelRating& rating;     // sharedInstance: one for the process.
   CrashReporter& crashReporter;
   FeedbackService& feedback;
   DeveloperLog& log;

@@ -96,10 +96,12 @@ void VarnokAppDelegate::applicationDidBecomeActive() {
 }
 
 VarnokViewServices VarnokAppDelegate::viewServices() {
-  return {{{services_.preferences, services_.clock, services_.images, services_.codec},
+  return {{{services_.preferences, services_.clock, services_.images, services_.codec, services_.random},
            services_.contacts,
            services_.files,
-           services_.log},
+           services_.log,
+           services_.texts,
+           services_.tasks},
           services_.texts,
           services_.tasks,
           services_.presenter,
@@ -110,7 +112,7 @@ VarnokViewServices VarnokAppDelegate::viewServices() {
           services_.device,
           services_.documents,
           services_.backupLock,
-          nullptr};
+          services_.rating};
 }
 
 }  // namespace varnok

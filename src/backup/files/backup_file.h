@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,12 @@ namespace varnok {
 
 // "Varnok-2024-03-05-140709-120.vcf".
 std::string backupFileName(const LocalTime& time, std::int32_t contacts, std::string_view fileType);
+
+// "Ada King12345678.vcf", one card's name in an archive; the number may have
+// fewer digits. A missing composite name reads "(null)". What would make the
+// name a path, and control characters, are "_" in it; a name too long for a
+// file is cut.
+std::string zipEntryName(const std::optional<std::string>& compositeName, std::uint32_t number);
 
 std::string_view lastPathComponent(std::string_view path);
 

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <span>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -15,15 +18,24 @@ namespace {
 
 constexpr int kReducedSide = 960;  // Pixels.
 
-// Quirk: German text goes out in the Central European page, and Greek as
-// UTF-8. Spreadsheets that open earlier backups expect the pages as they are.
 struct CodePage {
   std::string_view language;
-  std::string_view encoding;
+  std::string_view encoding;  // One that holds ASCII as it is.
 };
+
+// Quirk: German text goes out in the Central European page, and Greek as
+// UTF-8. Spreadsheets that open earlier backups expect the pages as they are.
 constexpr std::array kCSVPages{
     CodePage{"tr", "windows-1254"}, CodePage{"de", "windows-1250"}, CodePage{"es", "windows-1252"},
     CodePage{"it", "windows-1252"}, CodePage{"fr", "windows-1252"}, CodePage{"he", "windows-1255"},
+};
+
+// Quirk: cards in an archive are in a code page, although each line says
+// CHARSET=UTF-8 and the same cards in one file are UTF-8. Greek has a page here,
+// and Hebrew has none. Programs that read earlier archives expect it so.
+constexpr std::array kZipPages{
+    CodePage{"tr", "windows-1254"}, CodePage{"el", "windows-1253"}, CodePage{"de", "windows-1250"},
+    CodePage{"es", "windows-1252"}, CodePage{"it", "windows-1252"}, CodePage{"fr", "windows-1252"},
 };
 
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -36,18 +48,99 @@ constexpr auto kPairs = [] {
   return pairs;
 }();
 
+struct FileIcon {
+  std::string_view extension;
+  std::string_view image;
+};
+constexpr std::array kFileIcons{
+    FileIcon{"__folder__", "folder.png"}, FileIcon{"vcf", "contact.png"}, FileIcon{"csv", "table.png"},
+    FileIcon{"xls", "table.png"},         FileIcon{"xlsx", "table.png"},  FileIcon{"ods", "table.png"},
+    FileIcon{"zip", "archive.png"},       FileIcon{"gz", "archive.png"},  FileIcon{"txt", "text.png"},
+    FileIcon{"rtf", "text.png"},          FileIcon{"doc", "text.png"},    FileIcon{"docx", "text.png"},
+    FileIcon{"odt", "text.png"},          FileIcon{"pdf", "text.png"},    FileIcon{"htm", "text.png"},
+    FileIcon{"html", "text.png"},         FileIcon{"jpg", "picture.png"}, FileIcon{"jpeg", "picture.png"},
+    FileIcon{"png", "picture.png"},       FileIcon{"gif", "picture.png"}, FileIcon{"heic", "picture.png"},
+    FileIcon{"mp3", "sound.png"},         FileIcon{"m4a", "sound.png"},   FileIcon{"wav", "sound.png"},
+    FileIcon{"mp4", "film.png"},          FileIcon{"mov", "film.png"},    FileIcon{"avi", "film.png"},
+};
+constexpr std::string_view kUnknownFileIcon = "unknown.png";
+
+constexpr std::string_view kDatePattern = "yyyy-MM-dd HH:mm:ss zzz";
+
+// Where the digits stand in the common form of kDatePattern.
+constexpr std::string_view kCommonForm = "0000-00-00 00:00:00 +0000";
+
+bool hasCommonForm(std::string_view text) {
+  return std::ranges::equal(text, kCommonForm, [](char c, char form) {
+    if (form == '0') return c >= '0' && c <= '9';
+    return c == form || (form == '+' && c == '-');
+  });
+}
+
+// Reading a pattern takes ICU a tenth of a millisecond, and nearly every text
+// has the common form. Nothing for any other and for moments that do not exist.
+std::optional<Instant> commonInstant(std::string_view text) {
+  if (!hasCommonForm(text)) return std::nullopt;
+  const auto number = [&](std::size_t start, std::size_t count) {
+    int result = 0;
+    for (const char digit : text.substr(start, count))
+      result = result * 10 + (digit - '0');
+    return result;
+  };
+  const std::chrono::year_month_day date(std::chrono::year(number(0, 4)),
+                                         std::chrono::month(static_cast<unsigned>(number(5, 2))),
+                                         std::chrono::day(static_cast<unsigned>(number(8, 2))));
+  const std::chrono::hours hours(number(11, 2));
+  const std::chrono::minutes minutes(number(14, 2));
+  const std::chrono::seconds seconds(number(17, 2));
+  const auto offset = std::chrono::hours(number(21, 2)) + std::chrono::minutes(number(23, 2));
+  if (!date.ok() || hours.count() > 23 || minutes.count() > 59 || seconds.count() > 59) return std::nullopt;
+  if (number(21, 2) > 23 || number(23, 2) > 59) return std::nullopt;
+  const Instant local = std::chrono::sys_days(date) + hours + minutes + seconds;
+  return text[20] == '-' ? local + offset : local - offset;
+}
+
+// Eight bytes at a time: the lines of photos are long, and all of it.
+bool isASCII(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::size_t i = 0;
+  for (; i + 8 <= text.size(); i += 8) {
+    std::uint64_t eight = 0;
+    std::memcpy(&eight, text.data() + i, 8);
+    if ((eight & kHighBits) != 0) return false;
+  }
+  return std::ranges::all_of(text.substr(i), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// `text` in the page of `language`, then a view of `copy`; as it is when there
+// is no such page, or when the page cannot hold all of it.
+std::string_view inCodePage(std::string_view text, std::span<const CodePage> pages, std::string_view language,
+                            const TextCodec& codec, std::string& copy) {
+  const auto page = std::ranges::find(pages, language, &CodePage::language);
+  if (page == pages.end() || isASCII(text)) return text;
+  std::optional<std::string> encoded = codec.encode(text, page->encoding);
+  if (!encoded) return text;
+  copy = std::move(*encoded);
+  return copy;
+}
+
 }  // namespace
 
 Status VNKUtil::writeTo(OutputStream& stream, const std::optional<std::string>& text, bool isCSV,
                         std::string_view language, const TextCodec& codec) {
   if (!text) return {};
-  std::string copy;
-  const std::string_view valid = validUTF8(*text, copy);
-  const auto* page = isCSV ? std::ranges::find(kCSVPages, language, &CodePage::language) : kCSVPages.end();
-  if (page != kCSVPages.end()) {
-    if (const auto encoded = codec.encode(valid, page->encoding)) return stream.append(*encoded);
-  }
-  return stream.append(valid);
+  std::string repaired;
+  std::string encoded;
+  const std::span<const CodePage> pages = isCSV ? std::span<const CodePage>(kCSVPages) : std::span<const CodePage>();
+  return stream.append(inCodePage(validUTF8(*text, repaired), pages, language, codec, encoded));
+}
+
+void VNKUtil::writeToZip(std::string& buffer, const std::optional<std::string>& text, std::string_view /*fileName*/,
+                         std::string_view language, const TextCodec& codec) {
+  if (!text) return;
+  std::string repaired;
+  std::string encoded;
+  buffer += inCodePage(validUTF8(*text, repaired), kZipPages, language, codec, encoded);
 }
 
 void VNKUtil::appendBASE64(std::string& text, std::string_view bytes) {
@@ -86,6 +179,27 @@ std::optional<Image> VNKUtil::prepareImage(std::string_view bytes, const ImageCo
   const ImageSize target = wide ? ImageSize{kReducedSide, scaled(size->height, size->width)}
                                 : ImageSize{scaled(size->width, size->height), kReducedSide};
   return images.decode(bytes, target);
+}
+
+std::optional<std::string> VNKUtil::formatDate(std::string_view text, DateStyle dateStyle, DateStyle timeStyle,
+                                               const DateFormatter& dates, std::string_view language) {
+  const std::optional<Instant> instant = stringToDate(text, dates);
+  if (!instant) return std::nullopt;
+  return dates.format(*instant, dateStyle, timeStyle, language);
+}
+
+std::optional<Instant> VNKUtil::stringToDate(std::string_view text, const DateFormatter& dates) {
+  const std::optional<Instant> common = commonInstant(text);
+  return common ? common : dates.parse(text, kDatePattern);
+}
+
+std::string_view VNKUtil::iconForExtension(std::string_view extension) {
+  std::string lower(extension.empty() ? "__folder__" : extension);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  const auto* found = std::ranges::find(kFileIcons, lower, &FileIcon::extension);
+  return found == kFileIcons.end() ? kUnknownFileIcon : found->image;
 }
 
 std::string VNKUtil::convertSize(double bytes) {

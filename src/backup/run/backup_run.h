@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -16,8 +17,12 @@
 #include "export/export_services.h"
 #include "platform/developer_log.h"
 #include "platform/file_system.h"
+#include "platform/task_runner.h"
+#include "platform/text_catalog.h"
 
 namespace varnok {
+
+class BackupWriter;
 
 struct BackupOutcome {
   enum class Kind { finished, cancelled, failed };
@@ -33,6 +38,8 @@ struct BackupRunServices {
   ContactStoreProvider& contacts;
   FileSystem& files;
   DeveloperLog& log;
+  const TextCatalog& texts;
+  TaskRunner& tasks;
 };
 
 class BackupRun {
@@ -43,8 +50,8 @@ class BackupRun {
     virtual ~Host() = default;
     // Asked before each person; one that has been taken is still written.
     virtual bool operationCancelled() const = 0;
-    // A person is about to be written. `name` is absent for a nameless one.
-    virtual void personTaken(std::optional<std::string> name) = 0;
+    // `person` is about to be written. May be read during this call.
+    virtual void personTaken(const PersonRef& person) = 0;
   };
 
   BackupRun(Host& host, BackupRunServices services) : host_(host), services_(services) {}
@@ -53,7 +60,8 @@ class BackupRun {
   BackupOutcome run(const std::string& path, const std::string& language);
 
  private:
-  Status writePeople(ContactStore& addressBook, OutputStream& stream, const std::string& language, int& written);
+  std::unique_ptr<PreparedPhotos> preparePhotos(ContactStore& addressBook, std::string_view extension);
+  Status writePeople(ContactStore& addressBook, BackupWriter& writer, int& written);
 
   Host& host_;
   BackupRunServices services_;

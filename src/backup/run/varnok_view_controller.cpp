@@ -23,9 +23,8 @@ constexpr int kSizeWarningTag = 9999;
 // Above this size many mail servers refuse an attachment. In bytes, 3 MiB.
 constexpr std::uint64_t kWarnAboveSize = 3145728;
 
-// Progress updates on their way at once; above it the run makes them itself, so
-// that a slow screen cannot fill the memory.
-constexpr int kUpdatesOnTheirWay = 256;
+// Progress updates of one backup. More could not be told apart on a bar.
+constexpr int kMostUpdates = 500;
 
 // Platforms from this version on ask the user for access to the contacts.
 constexpr int kFirstVersionWithAccessControl = 60000;
@@ -65,9 +64,10 @@ struct VarnokViewController::Run {
   std::string language;
   std::atomic<bool> begun = false;
   std::atomic<bool> operationCancelled = false;
-  std::atomic<int> updatesOnTheirWay = 0;
 
-  // Contacts whose step has not reached the bar, and the last one's name.
+  int stepsOfAnUpdate = 1;
+
+  // Contacts whose step has not reached the bar, and the latest name to show.
   std::mutex mutex;
   int pendingSteps = 0;
   std::string pendingName;
@@ -83,29 +83,26 @@ class VarnokViewController::RunHost : public BackupRun::Host {
 
   bool operationCancelled() const override { return run_->operationCancelled; }
 
-  void personTaken(std::optional<std::string> name) override {
-    if (run_->updatesOnTheirWay >= kUpdatesOnTheirWay) {
-      refreshView(std::move(name));
-      return;
+  // Each contact counts. In a large book several make one update: nobody sees
+  // more of them, and each would wake two threads.
+  void personTaken(const PersonRef& person) override {
+    {
+      const std::scoped_lock lock(run_->mutex);
+      if (++run_->pendingSteps % run_->stepsOfAnUpdate != 0) return;
+      run_->pendingName = ABRecordCopyCompositeName(person).value_or("");
     }
-    ++run_->updatesOnTheirWay;
-    screen_.services_.tasks.detached([self = *this, name = std::move(name)]() mutable {
-      self.refreshView(std::move(name));
-      --self.run_->updatesOnTheirWay;
-    });
+    screen_.services_.tasks.detached([self = *this] { self.refreshView(); });
+  }
+
+  // The steps that have not been worth an update of their own.
+  void runEnded() const {
+    screen_.services_.tasks.detached([self = *this] { self.refreshView(); });
   }
 
  private:
-  // One contact's update. Many may wait for one turn of the main thread; the
-  // bar then takes all their steps.
-  void refreshView(std::optional<std::string> name) const {
-    {
-      const std::scoped_lock lock(run_->mutex);
-      run_->pendingName = std::move(name).value_or("");
-      if (++run_->pendingSteps > 1) return;
-    }
+  void refreshView() const {
     VarnokViewController* screen = &screen_;
-    screen_.services_.tasks.mainThread([screen, run = run_, alive = std::weak_ptr(alive_)] {
+    screen_.services_.tasks.mainThread([screen, run = run_, alive = alive_] {
       if (!alive.expired()) screen->applyProgress(*run);
     });
   }
@@ -214,6 +211,7 @@ void VarnokViewController::onClick_Backup() {
   run_ = std::make_shared<Run>();
   run_->path = filePath().value_or("");
   run_->language = languageCode(services_.device);
+  run_->stepsOfAnUpdate = std::max(1, count / kMostUpdates);
   state_.progress.progressStart();
   state_.progress.maxValue = count;
   operationQueue_->post([this, run = run_, lock = std::move(lock)] { backup(run, lock); });
@@ -266,6 +264,7 @@ void VarnokViewController::backup(const std::shared_ptr<Run>& run, const std::sh
   onMainThread([this] { services_.idleTimer.setIdleTimerDisabled(/*disabled=*/true); });
   RunHost host(*this, run);
   const BackupOutcome outcome = BackupRun(host, services_.run).run(run->path, run->language);
+  host.runEnded();
   onMainThread([this] { services_.idleTimer.setIdleTimerDisabled(/*disabled=*/false); });
   switch (outcome.kind) {
     case BackupOutcome::Kind::finished: backupDidFinish(run, outcome); break;
@@ -400,7 +399,7 @@ void VarnokViewController::clickedButtonAtIndex(const AlertView& alert, int inde
     onClick_Backup();
     return;
   }
-  if (services_.userDidSignificantEvent) services_.userDidSignificantEvent();
+  services_.rating.userDidSignificantEvent(/*canPromptForRating=*/true);
   afterHalfASecond(&VarnokViewController::showDropBoxOption);
 }
 

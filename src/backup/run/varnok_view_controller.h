@@ -15,6 +15,7 @@
 #include "backup/dropbox/dropbox_session.h"
 #include "backup/run/backup_run.h"
 #include "backup/run/corvel_progress.h"
+#include "engagement/corvel_rating.h"
 #include "platform/device.h"
 #include "platform/idle_timer.h"
 #include "platform/mail_composer.h"
@@ -53,9 +54,9 @@ struct VarnokViewServices {
   NotificationCenter& notifications;
   DropboxSession& dropbox;
   const Device& device;
-  std::string documents;                          // The documents directory.
-  std::string backupLock;                         // Held while a backup runs; outside the documents.
-  std::function<void()> userDidSignificantEvent;  // For the rating prompt.
+  std::string documents;   // The documents directory.
+  std::string backupLock;  // Held while a backup runs; outside the documents.
+  CorvelRating& rating;
 };
 
 class VarnokViewController : public Screen {

@@ -15,6 +15,14 @@ class InMemoryContactStoreProvider::Backend : public ContactBackend {
     return ids;
   }
 
+  std::vector<RecordID> idsWithImage() override {
+    std::vector<RecordID> ids;
+    for (const auto& [id, person] : seen()) {
+      if (person.image) ids.push_back(id);
+    }
+    return ids;
+  }
+
   int personCount() override { return static_cast<int>(seen().size()); }
   bool contains(RecordID id) override { return seen().contains(id); }
 
@@ -23,6 +31,15 @@ class InMemoryContactStoreProvider::Backend : public ContactBackend {
     if (person == nullptr) return std::nullopt;
     const auto found = person->properties.find(property);
     return found == person->properties.end() ? std::nullopt : std::optional(found->second);
+  }
+
+  std::optional<std::string_view> text(RecordID id, PropertyID property) override {
+    const Person* person = find(id);
+    if (person == nullptr) return std::nullopt;
+    const auto found = person->properties.find(property);
+    if (found == person->properties.end()) return std::nullopt;
+    const auto* text = std::get_if<std::string>(&found->second);
+    return text == nullptr ? std::nullopt : std::optional<std::string_view>(*text);
   }
 
   bool hasImage(RecordID id) override {

@@ -15,6 +15,8 @@
 #include "platform/feedback_service.h"
 #include "platform/idle_timer.h"
 #include "platform/mail_composer.h"
+#include "platform/network_monitor.h"
+#include "platform/store_review.h"
 #include "platform/text_catalog.h"
 #include "platform/text_codec.h"
 
@@ -98,6 +100,22 @@ class FakeDropboxClient : public DropboxClient {
   bool hasAuthorizedClient() const override { return authorized; }
   std::optional<DropboxRedirectResult> handleRedirectURL(const std::string& /*url*/) override { return redirect; }
   void upload(DropboxUpload upload) override { uploads.push_back(std::move(upload)); }
+};
+
+class FakeNetworkMonitor : public NetworkMonitor {
+ public:
+  std::optional<ReachabilityFlags> flags = ReachabilityFlags{.reachable = true};
+  bool connects = true;
+  std::optional<ReachabilityFlags> reachabilityFlags() override { return flags; }
+  bool canConnect(const std::string& /*url*/, std::chrono::seconds /*timeLimit*/) override { return connects; }
+};
+
+class FakeStoreReview : public StoreReview {
+ public:
+  int requests = 0;
+  std::vector<std::string> urls;
+  void requestReview() override { ++requests; }
+  void openURL(const std::string& url) override { urls.push_back(url); }
 };
 
 class FakeDeveloperLog : public DeveloperLog {

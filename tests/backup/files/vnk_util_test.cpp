@@ -31,6 +31,12 @@ TEST(VNKUtil, ConvertsSizes) {
   EXPECT_EQ(VNKUtil::convertSize(1024.0 * 1024 * 1024 * 1024 * 1024 * 2048), "2097152.00 TB");
 }
 
+TEST(VNKUtil, PicksAPictureForAFile) {
+  for (const auto& [extension, image] : std::vector<std::pair<std::string, std::string>>{
+           {"", "folder.png"}, {"VCF", "contact.png"}, {"Jpeg", "picture.png"}, {"xyz", "unknown.png"}})
+    EXPECT_EQ(VNKUtil::iconForExtension(extension), image);
+}
+
 TEST(UTF8, MalformedSequencesBecomeReplacementsAndNothingElseChanges) {
   const std::vector<std::pair<std::string, std::string>> kRows{
       {"", ""},

@@ -4,6 +4,7 @@
 
 #include "support/golden.h"
 #include "support/test_application.h"
+#include "support/zip_reader.h"
 
 namespace varnok {
 namespace {
@@ -50,7 +51,7 @@ TEST_F(MainScreen, GoesFromReadyThroughRunningToFinished) {
   app.tasks.runUntilIdle();
   EXPECT_EQ(seen(), "Backup Send Settings \"FILE_SIZE_MESSAGE 0 KB\" 2/2");
   EXPECT_EQ(app.idleTimer.log, "awake sleepy ");
-  EXPECT_EQ(app.tasks.detachedCount, 2);
+  EXPECT_EQ(app.tasks.detachedCount, 3);  // One for each contact, and one for the end.
   EXPECT_TRUE(matchesGolden("vcard/two_people.vcf", app.files.files.at(kFile)));
   EXPECT_EQ(app.preferences.doubleForKey(key::EXPORT_LAST), app.clock.seconds);
   EXPECT_EQ(app.preferences.stringForKey(key::FILE_PATH), kFile);
@@ -100,13 +101,18 @@ TEST(BackupRun, StopsAfterThePersonTakenAndLeavesNothing) {
     bool cancelled = false;
     int taken = 0;
     bool operationCancelled() const override { return cancelled; }
-    void personTaken(std::optional<std::string> /*name*/) override { ++taken; }
+    void personTaken(const PersonRef& /*person*/) override { ++taken; }
   } host;
   TestApplication app;
   CancellingCodec codec;
   codec.cancel = [&] { host.cancelled = true; };
   putPeople(app.contacts, {person().firstName("Ada"), person().image("1x1"), person().firstName("Eve")});
-  BackupRun run(host, {{app.preferences, app.clock, codec, app.codec}, app.contacts, app.files, app.log});
+  BackupRun run(host, {{app.preferences, app.clock, codec, app.codec, app.random},
+                       app.contacts,
+                       app.files,
+                       app.log,
+                       app.texts,
+                       app.tasks});
   const BackupOutcome outcome = run.run("/docs/a.vcf", "en");
   EXPECT_EQ(outcome.kind, BackupOutcome::Kind::cancelled);
   EXPECT_EQ(outcome.contacts, 2);
@@ -229,6 +235,8 @@ TEST(SizeWarning, DeclinedOffersDropboxOnlyWhenLinked) {
     app.dropboxClient.authorized = linked;
     ASSERT_NO_FATAL_FAILURE(makeFileOf(app, 3145729));
     app.presenter.answer(0);
+    app.tasks.runUntilIdle();
+    EXPECT_EQ(app.preferences.integerForKey(key::kAppiraterSignificantEventCount), 1);
     app.tasks.advance(499ms);
     EXPECT_TRUE(app.presenter.sheets.empty());
     app.tasks.advance(1ms);
@@ -281,6 +289,105 @@ TEST_F(MainScreen, FormatsDecideTheButtonAndTheOldBackups) {
   app.preferences.setObject("csv", key::EXPORT_TYPE);
   EXPECT_EQ(app.screen().fileType(), "csv");
   EXPECT_FALSE(app.screen().hasMultipleVCF());
+}
+
+TEST_F(MainScreen, ACSVBackupReplacesOnlyTheOlderOnesOfItsKind) {
+  app.preferences.setObject("csv", key::EXPORT_TYPE);
+  app.preferences.setBool(true, key::multipleVCF);  // Means nothing for CSV.
+  app.preferences.setDouble(7, key::EXPORT_LAST);
+  for (const char* old : {"/docs/a.vcf", "/docs/a.zip", "/docs/a.csv", "/docs/sub/b.csv", "/docs/c.CSV", "/else/d.csv"})
+    app.files.files[old] = "old";
+  const auto names = [&] {
+    std::string text;
+    for (const auto& [path, bytes] : app.files.files)
+      text += path + " ";
+    return text;
+  };
+  app.backUp();
+  const std::string others = "/docs/a.vcf /docs/a.zip /docs/c.CSV /else/d.csv ";
+  EXPECT_EQ(names(), "/docs/Varnok-2024-03-05-140709-2.csv " + others);
+  app.clock.seconds += 60;
+  app.backUp();
+  EXPECT_EQ(names(), "/docs/Varnok-2024-03-05-140809-2.csv " + others);
+  EXPECT_EQ(app.preferences.doubleForKey(key::EXPORT_LAST), 7);
+  EXPECT_EQ(app.preferences.boolForKey(key::multipleVCF), true);
+}
+
+TEST_F(MainScreen, ACSVBackupThatFailsLeavesTheOlderOne) {
+  app.preferences.setObject("csv", key::EXPORT_TYPE);
+  app.files.files["/docs/a.csv"] = "old";
+  app.files.failAppendsAfter(20);  // Within the header row.
+  app.backUp();
+  EXPECT_EQ(app.presenter.alerts.front().message, "BACKUP_FAILED CAUSE_NO_SPACE");
+  EXPECT_EQ(app.files.files, (std::map<std::string, std::string>{{"/docs/a.csv", "old"}}));
+}
+
+TEST_F(MainScreen, SendsACSVBackupByMail) {
+  app.preferences.setObject("csv", key::EXPORT_TYPE);
+  app.backUp();
+  app.screen().onClick_Send();
+  ASSERT_EQ(app.mail.presented.size(), 1U);
+  const MailMessage& message = app.mail.presented[0];
+  EXPECT_EQ(message.subject, "EXPORT_MAIL_SUBJECT");
+  EXPECT_EQ(message.body, "EXPORT_MAIL_BODY");
+  ASSERT_EQ(message.attachments.size(), 1U);
+  EXPECT_EQ(message.attachments[0].mimeType, "text/csv;charset=UTF-8");
+  EXPECT_EQ(message.attachments[0].fileName, "Varnok-2024-03-05-140709-2.csv");
+  EXPECT_EQ(message.attachments[0].bytes.substr(0, 18), "Prefix,First Name,");
+  EXPECT_NE(message.attachments[0].bytes.find("Note\r,Ada,"), std::string::npos);
+}
+
+// One card per contact.
+class ZipBackup : public MainScreen {
+ protected:
+  ZipBackup() { app.preferences.setBool(true, key::multipleVCF); }
+
+  const std::string file_ = "/docs/Varnok-2024-03-05-140709-2.zip";
+};
+
+TEST_F(ZipBackup, HoldsTheCardsAndReplacesOnlyTheOlderOnesOfItsKind) {
+  app.preferences.setDouble(7, key::EXPORT_LAST);
+  for (const char* old : {"/docs/a.vcf", "/docs/a.csv", "/docs/a.zip", "/docs/sub/b.zip", "/docs/c.ZIP", "/else/d.zip"})
+    app.files.files[old] = "old";
+  app.backUp();
+  const std::vector<ReadEntry> entries = readZip(app.files.files.at(file_));
+  ASSERT_EQ(entries.size(), 2U);
+  EXPECT_EQ(entries[0].name, "Ada1.vcf");
+  EXPECT_EQ(entries[1].name, "Bob2.vcf");
+  EXPECT_TRUE(matchesGolden("vcard/two_people.vcf", entries[0].bytes + entries[1].bytes));
+  app.files.files.erase(file_);
+  EXPECT_EQ(app.files.files,
+            (std::map<std::string, std::string>{
+                {"/docs/a.vcf", "old"}, {"/docs/a.csv", "old"}, {"/docs/c.ZIP", "old"}, {"/else/d.zip", "old"}}));
+  EXPECT_EQ(app.preferences.doubleForKey(key::EXPORT_LAST), 7);
+  EXPECT_EQ(app.screen().lastOutcome()->contacts, 2);
+}
+
+TEST_F(ZipBackup, ThatFailsOrIsCancelledLeavesTheOlderOne) {
+  const std::map<std::string, std::string> before{{"/docs/a.zip", "old"}};
+  app.files.files = before;
+  app.files.failAppendsAfter(20);
+  app.backUp();
+  EXPECT_EQ(app.presenter.alerts.front().message, "BACKUP_FAILED CAUSE_NO_SPACE");
+  EXPECT_EQ(app.files.files, before);
+  EXPECT_EQ(app.files.filesOnTheirWay, 0);
+  app.screen().onClick_Backup();
+  app.screen().onClick_Cancel();
+  app.tasks.runUntilIdle();
+  EXPECT_EQ(app.files.files, before);
+}
+
+TEST_F(ZipBackup, IsSentByMail) {
+  app.backUp();
+  app.screen().onClick_Send();
+  ASSERT_EQ(app.mail.presented.size(), 1U);
+  const MailMessage& message = app.mail.presented[0];
+  EXPECT_EQ(message.subject, "EXPORT_MAIL_SUBJECT_ZIP");
+  EXPECT_EQ(message.body, "EXPORT_MAIL_BODY_ZIP");
+  ASSERT_EQ(message.attachments.size(), 1U);
+  EXPECT_EQ(message.attachments[0].mimeType, "application/zip");
+  EXPECT_EQ(message.attachments[0].fileName, "Varnok-2024-03-05-140709-2.zip");
+  EXPECT_EQ(message.attachments[0].bytes, app.files.files.at(file_));
 }
 
 struct AccessCase {

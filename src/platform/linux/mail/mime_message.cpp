@@ -239,7 +239,7 @@ Status checkAddresses(const MailMessage& message, const MimeEnvelope& envelope) 
   if (envelope.from) addresses.push_back(*envelope.from);
   for (const std::string& address : addresses) {
     if (!isPlainAddress(address)) {
-      return {Status::Code::invalidArgument, "\"" + withoutControls(address) + "\" is not a mail address"};
+      return {Status::Code::invalidArgument, "not a mail address: " + withoutControls(address)};
     }
   }
   return {};

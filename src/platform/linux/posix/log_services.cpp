@@ -31,4 +31,12 @@ void LogIdleTimer::setIdleTimerDisabled(bool disabled) {
   log_.write("Idle timer " + onOrOff(!disabled));
 }
 
+void LogStoreReview::requestReview() {
+  log_.write("store review requested");
+}
+
+void LogStoreReview::openURL(const std::string& url) {
+  log_.write("store page: " + url);
+}
+
 }  // namespace varnok

@@ -10,6 +10,7 @@
 #include "platform/developer_log.h"
 #include "platform/feedback_service.h"
 #include "platform/idle_timer.h"
+#include "platform/store_review.h"
 
 namespace varnok {
 
@@ -41,6 +42,16 @@ class LogIdleTimer : public IdleTimer {
  private:
   DeveloperLog& log_;
   bool disabled_ = false;
+};
+
+class LogStoreReview : public StoreReview {
+ public:
+  explicit LogStoreReview(DeveloperLog& log) : log_(log) {}
+  void requestReview() override;
+  void openURL(const std::string& url) override;
+
+ private:
+  DeveloperLog& log_;
 };
 
 }  // namespace varnok

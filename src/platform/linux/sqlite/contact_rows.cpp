@@ -168,6 +168,14 @@ std::optional<PropertyValue> ContactRows::value(RecordID id, PropertyID property
   return listOf(*person, propertyOf(property));
 }
 
+std::optional<std::string_view> ContactRows::text(RecordID id, PropertyID property) const {
+  const Person* person = find(id);
+  const auto index = static_cast<std::size_t>(property) - 1;
+  if (person == nullptr || index >= person->texts.size()) return std::nullopt;
+  const Text text = person->texts[index];
+  return text.length == Text::kAbsent ? std::nullopt : std::optional(viewOf(text));
+}
+
 std::optional<PropertyValue> ContactRows::listOf(const Person& person, const Property& property) const {
   const auto begin = entries_.begin() + person.firstEntry;
   const auto end = entries_.begin() + person.endEntry;

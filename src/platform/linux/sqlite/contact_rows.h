@@ -43,6 +43,8 @@ class ContactRows {
   bool contains(RecordID id) const { return find(id) != nullptr; }
   bool hasImage(RecordID id) const;
   std::optional<PropertyValue> value(RecordID id, PropertyID property) const;
+  // Of a text property. Valid until the next load().
+  std::optional<std::string_view> text(RecordID id, PropertyID property) const;
 
  private:
   // A stretch of bytes_; absent when `length` is kAbsent.

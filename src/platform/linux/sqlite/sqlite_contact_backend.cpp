@@ -78,9 +78,17 @@ void SQLiteContactBackend::endReading() {
 }
 
 std::vector<RecordID> SQLiteContactBackend::allIDs() {
+  return readIDs("SELECT id FROM person ORDER BY id");
+}
+
+std::vector<RecordID> SQLiteContactBackend::idsWithImage() {
+  return readIDs("SELECT person FROM image ORDER BY person");
+}
+
+std::vector<RecordID> SQLiteContactBackend::readIDs(std::string_view sql) {
   beginReading();
   std::vector<RecordID> ids;
-  Statement statement = reader_->prepare("SELECT id FROM person ORDER BY id");
+  Statement statement = reader_->prepare(sql);
   while (statement.step())
     ids.push_back(static_cast<RecordID>(statement.integer(0)));
   if (!statement.status().ok() && readStatus_.ok()) readStatus_ = statement.status();
@@ -116,13 +124,20 @@ std::optional<PropertyValue> SQLiteContactBackend::value(RecordID id, PropertyID
   return rows_.value(id, property);
 }
 
+std::optional<std::string_view> SQLiteContactBackend::text(RecordID id, PropertyID property) {
+  load(id);
+  return rows_.text(id, property);
+}
+
 bool SQLiteContactBackend::hasImage(RecordID id) {
   load(id);
   return rows_.hasImage(id);
 }
 
 std::optional<std::string> SQLiteContactBackend::image(RecordID id) {
-  if (!hasImage(id)) return std::nullopt;
+  // A person of another window is asked for by a look ahead: the rows stay.
+  if (rows_.covers(id) && !rows_.hasImage(id)) return std::nullopt;
+  beginReading();
   std::optional<std::string> bytes;
   imageQuery_.bind(id);
   if (imageQuery_.step()) bytes = std::string(imageQuery_.blob(0));

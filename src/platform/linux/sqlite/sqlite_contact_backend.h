@@ -16,9 +16,11 @@ class SQLiteContactBackend : public ContactBackend {
   SQLiteContactBackend(std::string path, std::unique_ptr<Database> reader);
 
   std::vector<RecordID> allIDs() override;
+  std::vector<RecordID> idsWithImage() override;
   int personCount() override;
   bool contains(RecordID id) override;
   std::optional<PropertyValue> value(RecordID id, PropertyID property) override;
+  std::optional<std::string_view> text(RecordID id, PropertyID property) override;
   bool hasImage(RecordID id) override;
   std::optional<std::string> image(RecordID id) override;
   Status readStatus() const override { return readStatus_; }
@@ -49,6 +51,7 @@ class SQLiteContactBackend : public ContactBackend {
     std::array<Statement, 3> deletePerson;
   };
 
+  std::vector<RecordID> readIDs(std::string_view sql);
   void beginReading();
   void endReading();
   // Makes sure that rows_ holds the person if there is one.

@@ -41,6 +41,7 @@ bool VarnokAppDelegate::didFinishLaunchingWithOptions(const LaunchOptions& optio
   // A reminder asks for a backup that can be restored, whatever was chosen last.
   if (options.localNotification) services_.preferences.setObject("vcf", key::EXPORT_TYPE);
   viewController_ = std::make_unique<VarnokViewController>(viewServices());
+  window_ = {viewController_.get(), /*keyAndVisible=*/true, StatusBarStyle::lightContent};
   viewController_->viewDidLoad();
   startFeedback();
   return true;

@@ -20,6 +20,15 @@ struct LaunchOptions {
 
 enum class ApplicationState : int { active = 0, inactive = 1, background = 2 };
 
+enum class StatusBarStyle : int { darkContent = 0, lightContent = 1 };
+
+// The application's window, for the front end to open.
+struct ApplicationWindow {
+  Screen* rootViewController = nullptr;
+  bool keyAndVisible = false;
+  StatusBarStyle statusBarStyle = StatusBarStyle::darkContent;
+};
+
 class VarnokAppDelegate {
  public:
   explicit VarnokAppDelegate(Services services);
@@ -42,6 +51,8 @@ class VarnokAppDelegate {
   // The main screen; null before start-up.
   VarnokViewController* viewController() { return viewController_.get(); }
 
+  const ApplicationWindow& window() const { return window_; }
+
   // One line about the device, for the feedback service.
   std::string deviceDataLine();
 
@@ -52,6 +63,7 @@ class VarnokAppDelegate {
 
   Services services_;
   std::unique_ptr<VarnokViewController> viewController_;
+  ApplicationWindow window_;
 };
 
 }  // namespace varnok

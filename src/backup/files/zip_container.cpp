@@ -78,6 +78,22 @@ std::uint64_t directorySize(std::string_view end) {
   return size;
 }
 
+std::size_t shortAt(std::string_view bytes, std::size_t offset) {
+  return static_cast<std::size_t>(static_cast<unsigned char>(bytes[offset]) |
+                                  static_cast<unsigned char>(bytes[offset + 1]) << 8);
+}
+
+// Says in every record of the directory that a Unix made it; the library forgets
+// it for entries that begin beyond 4 GiB.
+void restoreMaker(std::string& directory) {
+  constexpr std::size_t kRecordSize = 46;
+  std::size_t at = 0;
+  while (at + kRecordSize <= directory.size()) {
+    directory[at + 5] = static_cast<char>(kUnix >> 8U);
+    at += kRecordSize + shortAt(directory, at + 28) + shortAt(directory, at + 30) + shortAt(directory, at + 32);
+  }
+}
+
 Status recordFailed() {
   return {Status::Code::inputOutput, "the archive's records cannot be made"};
 }
@@ -170,6 +186,7 @@ Status ZipContainer::finish() {
   std::string& end = output_->held();
   directory.size = directorySize(end);
   end.resize(static_cast<std::size_t>(directory.size));
+  restoreMaker(end);
   if (directory.needsZip64()) appendZip64Records(end, directory);
   appendEndRecord(end, directory);
   Status status = output_->release();

@@ -49,6 +49,14 @@ TEST(StartUp, AReminderAsksForAVCardBackup) {
   EXPECT_EQ(typeAfter(received(ApplicationState::background)), "csv");
 }
 
+TEST(StartUp, OpensTheWindowOnTheMainScreen) {
+  TestApplication app;
+  app.launch();
+  EXPECT_EQ(app.delegate->window().rootViewController, &app.screen());
+  EXPECT_TRUE(app.delegate->window().keyAndVisible);
+  EXPECT_EQ(app.delegate->window().statusBarStyle, StatusBarStyle::lightContent);
+}
+
 TEST(StartUp, DescribesTheDevice) {
   TestApplication app;
   putPeople(app.contacts, {person().firstName("Ada")});

@@ -160,8 +160,16 @@ bool ABMultiValueRemoveValueAndLabelAtIndex(MultiValue& list, int index) {
 }
 
 std::optional<std::string> copyText(const PersonRef& person, PropertyID property) {
-  const auto text = person == nullptr ? std::nullopt : person->text(property);
+  const auto text = viewText(person, property);
   return text ? std::optional<std::string>(*text) : std::nullopt;
+}
+
+std::optional<std::string_view> viewText(const PersonRef& person, PropertyID property) {
+  return person == nullptr ? std::nullopt : person->text(property);
+}
+
+std::span<const EntryView> viewEntries(const PersonRef& person, PropertyID property) {
+  return person == nullptr ? std::span<const EntryView>() : person->entries(property);
 }
 
 MultiValue copyList(const PersonRef& person, PropertyID property) {

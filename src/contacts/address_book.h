@@ -67,6 +67,11 @@ bool ABMultiValueRemoveValueAndLabelAtIndex(MultiValue& list, int index);
 // The text of a text property; nothing when it is absent.
 std::optional<std::string> copyText(const PersonRef& person, PropertyID property);
 
+// The same without a copy, and the entries of a multi-valued property: valid
+// until the next read through the store and the next change of the person.
+std::optional<std::string_view> viewText(const PersonRef& person, PropertyID property);
+std::span<const EntryView> viewEntries(const PersonRef& person, PropertyID property);
+
 // The entries of a multi-valued property; an empty list when it is absent.
 MultiValue copyList(const PersonRef& person, PropertyID property);
 

@@ -34,6 +34,20 @@ std::optional<std::string_view> ContactRecord::text(PropertyID property) const {
   return store_ == nullptr ? std::nullopt : store_->backend_->text(id_, property);
 }
 
+std::span<const EntryView> ContactRecord::entries(PropertyID property) const {
+  views_.clear();
+  if (const PersonChanges* changes = changesIfAny()) {
+    const auto found = changes->properties.find(property);
+    if (found != changes->properties.end()) {
+      const auto* list = found->second ? std::get_if<MultiValue>(&*found->second) : nullptr;
+      if (list != nullptr) appendViews(*list, views_);
+      return views_;
+    }
+  }
+  if (store_ != nullptr) store_->backend_->entries(id_, property, views_);
+  return views_;
+}
+
 Status ContactRecord::setValue(PropertyID property, PropertyValue value) {
   const Property& known = propertyOf(property);
   if (!fits(value, known.type)) {

@@ -14,9 +14,12 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "contacts/entry_view.h"
 #include "contacts/property_value.h"
 #include "platform/status.h"
 
@@ -54,6 +57,10 @@ class ContactRecord {
   // through the store and the next change of the person.
   std::optional<std::string_view> text(PropertyID property) const;
 
+  // The entries of a multi-valued property, without copies: valid as long as
+  // text(), and until entries() is asked again.
+  std::span<const EntryView> entries(PropertyID property) const;
+
   // invalidArgument when the value is not of the property's type; the record
   // is then as it was.
   Status setValue(PropertyID property, PropertyValue value);
@@ -76,8 +83,9 @@ class ContactRecord {
 
   ContactStore* store_ = nullptr;
   RecordID id_ = kInvalidRecordID;
-  bool added_ = false;  // Waits in a store for its save.
-  PersonChanges own_;   // Everything, while store_ is null.
+  bool added_ = false;                    // Waits in a store for its save.
+  PersonChanges own_;                     // Everything, while store_ is null.
+  mutable std::vector<EntryView> views_;  // The last that entries() gave.
 };
 
 using PersonRef = std::shared_ptr<ContactRecord>;

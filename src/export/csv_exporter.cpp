@@ -34,25 +34,25 @@ constexpr std::array kAddressLabels{label::kWork, label::kHome};
 constexpr std::size_t kEmailColumns = 6;
 
 // The value of the last entry under each of `labels`, null where there is none.
-// Entries under other labels have no column. Valid while `list` is.
+// Entries under other labels have no column. Valid while `entries` are.
 template <std::size_t N>
-std::array<const EntryValue*, N> lastOfEach(const MultiValue& list, const std::array<std::string_view, N>& labels) {
-  std::array<const EntryValue*, N> slots{};
-  for (const MultiValueEntry& entry : list.entries) {
+std::array<const EntryView*, N> lastOfEach(std::span<const EntryView> entries,
+                                           const std::array<std::string_view, N>& labels) {
+  std::array<const EntryView*, N> slots{};
+  for (const EntryView& entry : entries) {
     if (!entry.label) continue;
     const auto found = std::ranges::find(labels, *entry.label);
-    if (found != labels.end()) slots[static_cast<std::size_t>(found - labels.begin())] = &entry.value;
+    if (found != labels.end()) slots[static_cast<std::size_t>(found - labels.begin())] = &entry;
   }
   return slots;
 }
 
 template <std::size_t N>
 std::string textColumns(const PersonRef& person, PropertyID property, const std::array<std::string_view, N>& labels) {
-  const MultiValue list = copyList(person, property);
   std::string columns;
-  for (const EntryValue* value : lastOfEach(list, labels)) {
+  for (const EntryView* entry : lastOfEach(viewEntries(person, property), labels)) {
     columns += ',';
-    if (value != nullptr) columns += std::get<std::string>(*value);
+    if (entry != nullptr) columns += entry->text;
   }
   return columns;
 }
@@ -72,7 +72,7 @@ void appendOnOneLine(std::string& text, std::string_view value, std::string_view
 }
 
 // Every part keeps its place: an absent one leaves the space beside it.
-void appendAddress(std::string& columns, const Dictionary& address) {
+void appendAddress(std::string& columns, const DictionaryView& address) {
   appendOnOneLine(columns, address.textOr(kAddressStreetKey), "");
   for (const std::string_view part :
        {kABPersonAddressCityKey, kABPersonAddressStateKey, kABPersonAddressZIPKey, kABPersonAddressCountryKey}) {
@@ -172,7 +172,7 @@ std::string CSVExporter::CSV_N(const PersonRef& person, const ExportServices& /*
   std::string columns;
   for (const PropertyID part : kNameParts) {
     if (part != kNameParts.front()) columns += ',';
-    if (const auto text = copyText(person, part)) columns += *text;
+    if (const auto text = viewText(person, part)) columns += *text;
   }
   return columns;
 }
@@ -183,9 +183,9 @@ std::string CSVExporter::CSV_BDAY(const PersonRef& person, const ExportServices&
 }
 
 std::string CSVExporter::CSV_DATE(const PersonRef& person, const ExportServices& /*services*/) {
-  const MultiValue dates = copyList(person, kABPersonDateProperty);
-  const EntryValue* anniversary = lastOfEach(dates, std::array{label::kAnniversary}).front();
-  return anniversary != nullptr ? "," + instantText(std::get<Instant>(*anniversary)) : ",";
+  const auto dates = viewEntries(person, kABPersonDateProperty);
+  const EntryView* anniversary = lastOfEach(dates, std::array{label::kAnniversary}).front();
+  return anniversary != nullptr ? "," + instantText(anniversary->instant) : ",";
 }
 
 std::string CSVExporter::CSV_TEL(const PersonRef& person, const ExportServices& /*services*/) {
@@ -193,11 +193,11 @@ std::string CSVExporter::CSV_TEL(const PersonRef& person, const ExportServices& 
 }
 
 std::string CSVExporter::CSV_EMAIL(const PersonRef& person, const ExportServices& /*services*/) {
-  const MultiValue emails = copyList(person, kABPersonEmailProperty);
+  const auto emails = viewEntries(person, kABPersonEmailProperty);
   std::string columns;
   for (std::size_t i = 0; i < kEmailColumns; ++i) {
     columns += ',';
-    if (i < emails.entries.size()) columns += std::get<std::string>(emails.entries[i].value);
+    if (i < emails.size()) columns += emails[i].text;
   }
   return columns;
 }
@@ -207,18 +207,17 @@ std::string CSVExporter::CSV_URL(const PersonRef& person, const ExportServices& 
 }
 
 std::string CSVExporter::CSV_ADR(const PersonRef& person, const ExportServices& /*services*/) {
-  const MultiValue addresses = copyList(person, kABPersonAddressProperty);
   std::string columns;
-  for (const EntryValue* value : lastOfEach(addresses, kAddressLabels)) {
+  for (const EntryView* entry : lastOfEach(viewEntries(person, kABPersonAddressProperty), kAddressLabels)) {
     columns += ',';
-    if (value != nullptr) appendAddress(columns, std::get<Dictionary>(*value));
+    if (entry != nullptr) appendAddress(columns, entry->dictionary);
   }
   return columns;
 }
 
 std::string CSVExporter::CSV_NOTE(const PersonRef& person, const ExportServices& /*services*/) {
   std::string column = ",\"";
-  if (const auto note = copyText(person, kABPersonNoteProperty)) appendOnOneLine(column, *note, "\"\"");
+  if (const auto note = viewText(person, kABPersonNoteProperty)) appendOnOneLine(column, *note, "\"\"");
   column += '"';
   return column;
 }

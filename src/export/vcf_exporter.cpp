@@ -74,10 +74,6 @@ void appendEscapedLine(std::string& lines, std::string_view start, std::optional
   lines += "\r\n";
 }
 
-std::optional<std::string_view> textOf(const PersonRef& person, PropertyID property) {
-  return person == nullptr ? std::nullopt : person->text(property);
-}
-
 // How the lines of one multi-valued property are put together. Quirk: the
 // pieces differ between the properties, and between the typed line and the item
 // pair; readers of earlier backups know them as they are.
@@ -101,36 +97,35 @@ constexpr ListFormat kAddress{kABPersonAddressProperty, "ADR;CHARSET=UTF-8;",
 
 // Ends an item pair, whose value has just been written, with its label line.
 void appendItemLabel(std::string& lines, const std::string& number, std::string_view before,
-                     const std::optional<std::string>& label) {
-  append(lines, "\r\nitem", number, before, label ? std::string_view(*label) : "(null)", "\r\n");
+                     std::optional<std::string_view> label) {
+  append(lines, "\r\nitem", number, before, label.value_or("(null)"), "\r\n");
 }
 
 // `appendValue(lines, entry value)` writes an entry's value.
 template <typename AppendValue>
 void appendList(std::string& lines, const PersonRef& person, const ListFormat& format, const ExportServices& services,
                 const AppendValue& appendValue) {
-  const MultiValue list = copyList(person, format.property);
-  for (const MultiValueEntry& entry : list.entries) {
+  for (const EntryView& entry : viewEntries(person, format.property)) {
     if (const auto type = VCFExporter::convertVCFLabel(entry.label)) {
       append(lines, format.typed, *type, format.before);
-      appendValue(lines, entry.value);
+      appendValue(lines, entry);
       lines += "\r\n";
     } else {
       const std::string number = std::to_string(VCFExporter::itemCount(services));
       append(lines, "item", number, format.item);
-      appendValue(lines, entry.value);
+      appendValue(lines, entry);
       appendItemLabel(lines, number, format.itemLabel, entry.label);
     }
   }
 }
 
-void appendRaw(std::string& lines, const EntryValue& value) {
-  lines += std::get<std::string>(value);
+void appendRaw(std::string& lines, const EntryView& entry) {
+  lines += entry.text;
 }
 
 // Post-office box and extended address stay empty.
-void appendAddress(std::string& lines, const EntryValue& value) {
-  const auto& address = std::get<Dictionary>(value);
+void appendAddress(std::string& lines, const EntryView& entry) {
+  const DictionaryView& address = entry.dictionary;
   std::string street;
   appendEscaped(street, address.textOr(kAddressStreetKey));
   lines += ";;";
@@ -158,7 +153,7 @@ void append_N(std::string& lines, const PersonRef& person, const ExportServices&
   for (const PropertyID part : {kABPersonLastNameProperty, kABPersonFirstNameProperty, kABPersonMiddleNameProperty,
                                 kABPersonPrefixProperty, kABPersonSuffixProperty}) {
     lines += std::exchange(separator, ';');
-    if (const auto text = textOf(person, part)) appendEscaped(lines, *text);
+    if (const auto text = viewText(person, part)) appendEscaped(lines, *text);
   }
   lines += "\r\n";
 }
@@ -168,15 +163,16 @@ void append_FN(std::string& lines, const PersonRef& person, const ExportServices
 }
 
 void append_NICKNAME(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
-  appendEscapedLine(lines, "NICKNAME;CHARSET=UTF-8:", textOf(person, kABPersonNicknameProperty));
+  appendEscapedLine(lines, "NICKNAME;CHARSET=UTF-8:", viewText(person, kABPersonNicknameProperty));
 }
 
 void append_X_PHONETIC_FIRST_NAME(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
-  appendEscapedLine(lines, "X-PHONETIC-FIRST-NAME;CHARSET=UTF-8:", textOf(person, kABPersonFirstNamePhoneticProperty));
+  appendEscapedLine(lines,
+                    "X-PHONETIC-FIRST-NAME;CHARSET=UTF-8:", viewText(person, kABPersonFirstNamePhoneticProperty));
 }
 
 void append_X_PHONETIC_LAST_NAME(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
-  appendEscapedLine(lines, "X-PHONETIC-LAST-NAME;CHARSET=UTF-8:", textOf(person, kABPersonLastNamePhoneticProperty));
+  appendEscapedLine(lines, "X-PHONETIC-LAST-NAME;CHARSET=UTF-8:", viewText(person, kABPersonLastNamePhoneticProperty));
 }
 
 void appendPhotoAsChosen(std::string& lines, const PersonRef& person, const ExportServices& services) {
@@ -192,7 +188,7 @@ void append_BDAY(std::string& lines, const PersonRef& person, const ExportServic
 
 void append_DATE(std::string& lines, const PersonRef& person, const ExportServices& services) {
   appendList(lines, person, kDate, services,
-             [](std::string& text, const EntryValue& value) { text += instantText(std::get<Instant>(value)); });
+             [](std::string& text, const EntryView& entry) { text += instantText(entry.instant); });
 }
 
 void append_ADR(std::string& lines, const PersonRef& person, const ExportServices& services) {
@@ -200,9 +196,8 @@ void append_ADR(std::string& lines, const PersonRef& person, const ExportService
 }
 
 void append_TEL(std::string& lines, const PersonRef& person, const ExportServices& services) {
-  appendList(lines, person, kTel, services, [](std::string& text, const EntryValue& value) {
-    appendSemicolonsEscaped(text, std::get<std::string>(value));
-  });
+  appendList(lines, person, kTel, services,
+             [](std::string& text, const EntryView& entry) { appendSemicolonsEscaped(text, entry.text); });
 }
 
 void append_EMAIL(std::string& lines, const PersonRef& person, const ExportServices& services) {
@@ -218,20 +213,20 @@ void append_FAMILIY(std::string& lines, const PersonRef& person, const ExportSer
 }
 
 void append_TITLE(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
-  if (const auto title = textOf(person, kABPersonJobTitleProperty))
+  if (const auto title = viewText(person, kABPersonJobTitleProperty))
     append(lines, "TITLE;CHARSET=UTF-8:", *title, "\r\n");
 }
 
 void append_ORG(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   lines += "ORG;CHARSET=UTF-8:";
-  lines += textOf(person, kABPersonOrganizationProperty).value_or("");
+  lines += viewText(person, kABPersonOrganizationProperty).value_or("");
   lines += ';';
-  lines += textOf(person, kABPersonDepartmentProperty).value_or("");
+  lines += viewText(person, kABPersonDepartmentProperty).value_or("");
   lines += "\r\n";
 }
 
 void append_NOTE(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
-  const std::optional<std::string_view> note = textOf(person, kABPersonNoteProperty);
+  const std::optional<std::string_view> note = viewText(person, kABPersonNoteProperty);
   if (!note) return;
   if (note->find(';') == std::string_view::npos) {
     appendEscapedLine(lines, "NOTE;CHARSET=UTF-8:", note);
@@ -241,16 +236,16 @@ void append_NOTE(std::string& lines, const PersonRef& person, const ExportServic
 }
 
 void append_X_SOCIALPROFILE(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
-  for (const MultiValueEntry& entry : copyList(person, kABPersonSocialProfileProperty).entries) {
-    const auto& profile = std::get<Dictionary>(entry.value);
+  for (const EntryView& entry : viewEntries(person, kABPersonSocialProfileProperty)) {
+    const DictionaryView& profile = entry.dictionary;
     append(lines, "X-SOCIALPROFILE;CHARSET=UTF-8;TYPE=", profile.textOr(kSocialProfileServiceKey), ":",
            profile.textOr(kSocialProfileUsernameKey), "\r\n");
   }
 }
 
 void append_IM(std::string& lines, const PersonRef& person, const ExportServices& services) {
-  for (const MultiValueEntry& entry : copyList(person, kABPersonInstantMessageProperty).entries) {
-    const auto& message = std::get<Dictionary>(entry.value);
+  for (const EntryView& entry : viewEntries(person, kABPersonInstantMessageProperty)) {
+    const DictionaryView& message = entry.dictionary;
     const std::string_view service = message.textOr(kABPersonInstantMessageServiceKey);
     const std::string_view username = message.textOr(kABPersonInstantMessageUsernameKey);
     if (const auto type = VCFExporter::convertVCFLabel(entry.label)) {
@@ -337,7 +332,7 @@ Status VCFExporter::exportAsZip(ZipArchive& archive, const PersonRef& person, st
   return {};
 }
 
-std::optional<std::string_view> VCFExporter::convertVCFLabel(const std::optional<std::string>& label) {
+std::optional<std::string_view> VCFExporter::convertVCFLabel(std::optional<std::string_view> label) {
   if (!label) return std::nullopt;
   for (const TypeWord& word : kTypes) {
     if (word.label == *label) return word.type;

@@ -40,7 +40,7 @@ class VCFExporter {
                             const std::optional<std::string>& fileName, const ExportServices& services);
 
   // The TYPE word of a stored label; nothing for any other label and for none.
-  static std::optional<std::string_view> convertVCFLabel(const std::optional<std::string>& label);
+  static std::optional<std::string_view> convertVCFLabel(std::optional<std::string_view> label);
 
   // The next item number, counting from the start of the backup. The raised
   // counter is flushed before this returns.

@@ -107,6 +107,17 @@ TEST_P(ContactStoreContract, KeepsEveryKindOfValue) {
     EXPECT_EQ(read->value(property.id), expected == values.end() ? std::nullopt : std::optional(expected->second))
         << property.name;
   }
+  EXPECT_EQ(read->text(kABPersonFirstNameProperty), std::string("Ada \0 \xff <ü>", 11));
+  EXPECT_EQ(read->text(kABPersonMiddleNameProperty), std::nullopt);
+  const auto views = read->entries(kABPersonPhoneProperty);
+  ASSERT_EQ(views.size(), 4U);
+  EXPECT_EQ(views[1].label, std::nullopt);
+  EXPECT_EQ(views[3].label, "my \"own\"");
+  EXPECT_EQ(views[3].text, "3");
+  EXPECT_EQ(read->entries(kABPersonDateProperty)[0].instant, Instant(std::chrono::seconds(7)));
+  EXPECT_EQ(read->entries(kABPersonAddressProperty)[0].dictionary.textOr("Street"), "1:2\n3");
+  EXPECT_EQ(read->entries(kABPersonAddressProperty)[1].dictionary.textOr("Street"), "");
+  EXPECT_TRUE(read->entries(kABPersonURLProperty).empty());
   EXPECT_EQ(read->image(), image);
   EXPECT_TRUE(reading->readStatus().ok());
 }

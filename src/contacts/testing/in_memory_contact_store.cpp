@@ -42,6 +42,14 @@ class InMemoryContactStoreProvider::Backend : public ContactBackend {
     return text == nullptr ? std::nullopt : std::optional<std::string_view>(*text);
   }
 
+  void entries(RecordID id, PropertyID property, std::vector<EntryView>& views) override {
+    const Person* person = find(id);
+    if (person == nullptr) return;
+    const auto found = person->properties.find(property);
+    if (found == person->properties.end()) return;
+    if (const auto* list = std::get_if<MultiValue>(&found->second)) appendViews(*list, views);
+  }
+
   bool hasImage(RecordID id) override {
     const Person* person = find(id);
     return person != nullptr && person->image.has_value();

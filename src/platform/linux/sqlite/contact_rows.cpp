@@ -24,43 +24,7 @@ std::int64_t decimal(std::string_view text) {
   return number;
 }
 
-// Takes "LENGTH:" and so many bytes off the front of `text`.
-std::optional<std::string_view> takePiece(std::string_view& text) {
-  std::size_t length = 0;
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), length);
-  const auto digits = static_cast<std::size_t>(result.ptr - text.data());
-  if (result.ec != std::errc() || digits >= text.size() || text[digits] != ':') return std::nullopt;
-  text.remove_prefix(digits + 1);
-  if (length > text.size()) return std::nullopt;
-  const std::string_view piece = text.substr(0, length);
-  text.remove_prefix(length);
-  return piece;
-}
-
 }  // namespace
-
-std::string encodeDictionary(const Dictionary& dictionary) {
-  std::string text;
-  for (const auto& [key, value] : dictionary.entries()) {
-    for (const std::string& piece : {std::cref(key), std::cref(value)}) {
-      text += std::to_string(piece.size());
-      text += ':';
-      text += piece;
-    }
-  }
-  return text;
-}
-
-Dictionary decodeDictionary(std::string_view text) {
-  Dictionary dictionary;
-  while (!text.empty()) {
-    const auto key = takePiece(text);
-    const auto value = takePiece(text);
-    if (!key || !value) break;
-    dictionary.put(*key, *value);
-  }
-  return dictionary;
-}
 
 ContactRows::ContactRows(Database& database)
     : personScan_(database.prepare(kPersonScan)), entryScan_(database.prepare(kEntryScan)) {}
@@ -177,17 +141,35 @@ std::optional<std::string_view> ContactRows::text(RecordID id, PropertyID proper
 }
 
 std::optional<PropertyValue> ContactRows::listOf(const Person& person, const Property& property) const {
-  const auto begin = entries_.begin() + person.firstEntry;
-  const auto end = entries_.begin() + person.endEntry;
-  const auto range = std::equal_range(begin, end, Entry{property.id, {}, {}},
-                                      [](const Entry& a, const Entry& b) { return a.property < b.property; });
-  if (range.first == range.second) return std::nullopt;
+  const std::span<const Entry> entries = entriesOf(person, property.id);
+  if (entries.empty()) return std::nullopt;
   MultiValue list{property.type, {}};
-  list.entries.reserve(static_cast<std::size_t>(range.second - range.first));
-  for (auto entry = range.first; entry != range.second; ++entry) {
-    list.entries.push_back({textOf(entry->label), entryValue(entry->value, property.type)});
+  list.entries.reserve(entries.size());
+  for (const Entry& entry : entries) {
+    list.entries.push_back({textOf(entry.label), entryValue(entry.value, property.type)});
   }
   return list;
+}
+
+void ContactRows::views(RecordID id, PropertyID property, std::vector<EntryView>& views) const {
+  const Person* person = find(id);
+  if (person == nullptr) return;
+  const PropertyType type = propertyOf(property).type;
+  for (const Entry& entry : entriesOf(*person, property)) {
+    EntryView& view = views.emplace_back();
+    if (entry.label.length != Text::kAbsent) view.label = viewOf(entry.label);
+    view.text = viewOf(entry.value);
+    if (type == PropertyType::multiDateTime) view.instant = Instant(std::chrono::seconds(decimal(view.text)));
+    if (type == PropertyType::multiDictionary) view.dictionary = DictionaryView(view.text);
+  }
+}
+
+std::span<const ContactRows::Entry> ContactRows::entriesOf(const Person& person, PropertyID property) const {
+  const auto begin = entries_.begin() + person.firstEntry;
+  const auto end = entries_.begin() + person.endEntry;
+  const auto first = std::find_if(begin, end, [&](const Entry& entry) { return entry.property == property; });
+  const auto last = std::find_if(first, end, [&](const Entry& entry) { return entry.property != property; });
+  return {first, last};
 }
 
 EntryValue ContactRows::entryValue(Text text, PropertyType listType) const {

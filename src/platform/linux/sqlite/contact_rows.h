@@ -6,20 +6,16 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "contacts/contact_record.h"
+#include "contacts/entry_view.h"
 #include "platform/linux/sqlite/database.h"
 
 namespace varnok {
-
-// A dictionary as the text of one entry: "6:Street11:Hauptstr. 1", lengths in
-// bytes, keys and values in turn.
-std::string encodeDictionary(const Dictionary& dictionary);
-// Stops at the first piece that is not well formed.
-Dictionary decodeDictionary(std::string_view text);
 
 // Text properties and then birthday, kind and image stand in the person table
 // in the order of their numbers, after the identifier.
@@ -45,6 +41,8 @@ class ContactRows {
   std::optional<PropertyValue> value(RecordID id, PropertyID property) const;
   // Of a text property. Valid until the next load().
   std::optional<std::string_view> text(RecordID id, PropertyID property) const;
+  // Adds the entries of a multi-valued property. They live until the next load().
+  void views(RecordID id, PropertyID property, std::vector<EntryView>& views) const;
 
  private:
   // A stretch of bytes_; absent when `length` is kAbsent.
@@ -74,6 +72,7 @@ class ContactRows {
   std::optional<std::string> textOf(Text text) const;
   std::string_view viewOf(Text text) const { return std::string_view(bytes_).substr(text.offset, text.length); }
   const Person* find(RecordID id) const;
+  std::span<const Entry> entriesOf(const Person& person, PropertyID property) const;
   std::optional<PropertyValue> listOf(const Person& person, const Property& property) const;
   EntryValue entryValue(Text text, PropertyType listType) const;
 

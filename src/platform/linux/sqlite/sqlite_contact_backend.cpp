@@ -129,6 +129,11 @@ std::optional<std::string_view> SQLiteContactBackend::text(RecordID id, Property
   return rows_.text(id, property);
 }
 
+void SQLiteContactBackend::entries(RecordID id, PropertyID property, std::vector<EntryView>& views) {
+  load(id);
+  rows_.views(id, property, views);
+}
+
 bool SQLiteContactBackend::hasImage(RecordID id) {
   load(id);
   return rows_.hasImage(id);

@@ -21,6 +21,7 @@ class SQLiteContactBackend : public ContactBackend {
   bool contains(RecordID id) override;
   std::optional<PropertyValue> value(RecordID id, PropertyID property) override;
   std::optional<std::string_view> text(RecordID id, PropertyID property) override;
+  void entries(RecordID id, PropertyID property, std::vector<EntryView>& views) override;
   bool hasImage(RecordID id) override;
   std::optional<std::string> image(RecordID id) override;
   Status readStatus() const override { return readStatus_; }

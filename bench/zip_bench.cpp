@@ -117,6 +117,6 @@ int main(int argc, char** argv) {
     cpu.push_back(ours.cpu / zlib.cpu);
   }
   std::filesystem::remove_all(directory);
-  std::printf("ratio of medians: wall %.2f, CPU %.2f\n", median(wall), median(cpu));
+  std::printf("medians of the ratios: wall %.2f, CPU %.2f\n", median(wall), median(cpu));
   return 0;
 }

@@ -1,6 +1,8 @@
 // varnokctl: the application on a terminal. Parses the command line, builds the
 // platform, runs one command.
 
+#include <sys/stat.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <functional>
@@ -157,6 +159,7 @@ int parseAndRun(int argc, char** argv) {
 }  // namespace varnok
 
 int main(int argc, char** argv) {
+  umask(077);  // Address book, log and backups are nobody else's business.
   try {
     return varnok::parseAndRun(argc, argv);
   } catch (const std::exception& error) {

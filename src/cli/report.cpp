@@ -30,8 +30,12 @@ int Report::failure(std::string_view line) const {
 std::string shown(std::string_view text) {
   std::string copy;
   std::string result(validUTF8(text, copy));
-  for (char& c : result) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(result[i]);
+    // U+0080 to U+009F, which terminals obey too, are C2 80 to C2 9F.
+    const bool high = byte == 0xC2 && static_cast<unsigned char>(result[i + 1]) < 0xA0;
+    if (high) result.erase(i + 1, 1);
+    if (high || byte < 0x20 || byte == 0x7f) result[i] = ' ';
   }
   return result;
 }

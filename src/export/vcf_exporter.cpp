@@ -134,20 +134,20 @@ void appendAddress(std::string& lines, const EntryView& entry) {
          address.textOr(kABPersonAddressZIPKey), ";", address.textOr(kABPersonAddressCountryKey));
 }
 
-void append_BEGIN(std::string& lines, const PersonRef& /*person*/, const ExportServices& /*services*/) {
+void appendBegin(std::string& lines, const PersonRef& /*person*/, const ExportServices& /*services*/) {
   lines += "BEGIN:VCARD\r\n";
 }
 
-void append_VERSION(std::string& lines, const PersonRef& /*person*/, const ExportServices& /*services*/) {
+void appendVersion(std::string& lines, const PersonRef& /*person*/, const ExportServices& /*services*/) {
   lines += "VERSION:3.0\r\n";
 }
 
 // Quirk: the extra line feed leaves an empty line between cards.
-void append_END(std::string& lines, const PersonRef& /*person*/, const ExportServices& /*services*/) {
+void appendEnd(std::string& lines, const PersonRef& /*person*/, const ExportServices& /*services*/) {
   lines += "END:VCARD\r\n\n";
 }
 
-void append_N(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendN(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   char separator = ':';
   lines += "N;CHARSET=UTF-8";
   for (const PropertyID part : {kABPersonLastNameProperty, kABPersonFirstNameProperty, kABPersonMiddleNameProperty,
@@ -158,20 +158,20 @@ void append_N(std::string& lines, const PersonRef& person, const ExportServices&
   lines += "\r\n";
 }
 
-void append_FN(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendFN(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   appendEscapedLine(lines, "FN;CHARSET=UTF-8:", ABRecordCopyCompositeName(person));
 }
 
-void append_NICKNAME(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendNickname(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   appendEscapedLine(lines, "NICKNAME;CHARSET=UTF-8:", viewText(person, kABPersonNicknameProperty));
 }
 
-void append_X_PHONETIC_FIRST_NAME(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendPhoneticFirstName(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   appendEscapedLine(lines,
                     "X-PHONETIC-FIRST-NAME;CHARSET=UTF-8:", viewText(person, kABPersonFirstNamePhoneticProperty));
 }
 
-void append_X_PHONETIC_LAST_NAME(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendPhoneticLastName(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   appendEscapedLine(lines, "X-PHONETIC-LAST-NAME;CHARSET=UTF-8:", viewText(person, kABPersonLastNamePhoneticProperty));
 }
 
@@ -180,44 +180,44 @@ void appendPhotoAsChosen(std::string& lines, const PersonRef& person, const Expo
   if (const auto photo = VCFExporter::vCard_PHOTO(person, shrink, services)) lines += *photo;
 }
 
-void append_BDAY(std::string& lines, const PersonRef& person, const ExportServices& services) {
+void appendBirthday(std::string& lines, const PersonRef& person, const ExportServices& services) {
   const std::optional<PropertyValue> birthday = ABRecordCopyValue(person, kABPersonBirthdayProperty);
   if (!birthday) return;
   append(lines, "BDAY;CHARSET=UTF-8:", localDateText(std::get<Instant>(*birthday), services.clock), "\r\n");
 }
 
-void append_DATE(std::string& lines, const PersonRef& person, const ExportServices& services) {
+void appendDates(std::string& lines, const PersonRef& person, const ExportServices& services) {
   appendList(lines, person, kDate, services,
              [](std::string& text, const EntryView& entry) { text += instantText(entry.instant); });
 }
 
-void append_ADR(std::string& lines, const PersonRef& person, const ExportServices& services) {
+void appendAddresses(std::string& lines, const PersonRef& person, const ExportServices& services) {
   appendList(lines, person, kAddress, services, appendAddress);
 }
 
-void append_TEL(std::string& lines, const PersonRef& person, const ExportServices& services) {
+void appendPhones(std::string& lines, const PersonRef& person, const ExportServices& services) {
   appendList(lines, person, kTel, services,
              [](std::string& text, const EntryView& entry) { appendSemicolonsEscaped(text, entry.text); });
 }
 
-void append_EMAIL(std::string& lines, const PersonRef& person, const ExportServices& services) {
+void appendEmails(std::string& lines, const PersonRef& person, const ExportServices& services) {
   appendList(lines, person, kEmail, services, appendRaw);
 }
 
-void append_URL(std::string& lines, const PersonRef& person, const ExportServices& services) {
+void appendURLs(std::string& lines, const PersonRef& person, const ExportServices& services) {
   appendList(lines, person, kURL, services, appendRaw);
 }
 
-void append_FAMILIY(std::string& lines, const PersonRef& person, const ExportServices& services) {
+void appendFamily(std::string& lines, const PersonRef& person, const ExportServices& services) {
   appendList(lines, person, kFamily, services, appendRaw);
 }
 
-void append_TITLE(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendTitle(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   if (const auto title = viewText(person, kABPersonJobTitleProperty))
     append(lines, "TITLE;CHARSET=UTF-8:", *title, "\r\n");
 }
 
-void append_ORG(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendOrganization(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   lines += "ORG;CHARSET=UTF-8:";
   lines += viewText(person, kABPersonOrganizationProperty).value_or("");
   lines += ';';
@@ -225,7 +225,7 @@ void append_ORG(std::string& lines, const PersonRef& person, const ExportService
   lines += "\r\n";
 }
 
-void append_NOTE(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendNote(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   const std::optional<std::string_view> note = viewText(person, kABPersonNoteProperty);
   if (!note) return;
   if (note->find(';') == std::string_view::npos) {
@@ -235,7 +235,7 @@ void append_NOTE(std::string& lines, const PersonRef& person, const ExportServic
   }
 }
 
-void append_X_SOCIALPROFILE(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
+void appendSocialProfiles(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
   for (const EntryView& entry : viewEntries(person, kABPersonSocialProfileProperty)) {
     const DictionaryView& profile = entry.dictionary;
     append(lines, "X-SOCIALPROFILE;CHARSET=UTF-8;TYPE=", profile.textOr(kSocialProfileServiceKey), ":",
@@ -243,7 +243,7 @@ void append_X_SOCIALPROFILE(std::string& lines, const PersonRef& person, const E
   }
 }
 
-void append_IM(std::string& lines, const PersonRef& person, const ExportServices& services) {
+void appendMessages(std::string& lines, const PersonRef& person, const ExportServices& services) {
   for (const EntryView& entry : viewEntries(person, kABPersonInstantMessageProperty)) {
     const DictionaryView& message = entry.dictionary;
     const std::string_view service = message.textOr(kABPersonInstantMessageServiceKey);
@@ -280,30 +280,30 @@ bool belongs(const CardStep& step, In kind, const PreferenceStore& preferences) 
 constexpr std::string_view kAlways;
 
 constexpr std::array kCard{
-    CardStep{kAlways, &append_BEGIN},
-    CardStep{kAlways, &append_VERSION},
-    CardStep{kAlways, &append_N},
-    CardStep{kAlways, &append_FN},
-    CardStep{kAlways, &append_NICKNAME},
-    CardStep{kAlways, &append_X_PHONETIC_FIRST_NAME},
-    CardStep{kAlways, &append_X_PHONETIC_LAST_NAME},
+    CardStep{kAlways, &appendBegin},
+    CardStep{kAlways, &appendVersion},
+    CardStep{kAlways, &appendN},
+    CardStep{kAlways, &appendFN},
+    CardStep{kAlways, &appendNickname},
+    CardStep{kAlways, &appendPhoneticFirstName},
+    CardStep{kAlways, &appendPhoneticLastName},
     CardStep{key::EXPORT_CONF_PHOTOS, &appendPhotoAsChosen},
-    CardStep{key::EXPORT_CONF_DATES, &append_BDAY},
-    CardStep{key::EXPORT_CONF_DATES, &append_DATE, In::oneFile},
-    CardStep{key::EXPORT_CONF_ADRS, &append_ADR},
-    CardStep{key::EXPORT_CONF_PHONES, &append_TEL},
-    CardStep{key::EXPORT_CONF_EMAILS, &append_EMAIL},
-    CardStep{kAlways, &append_TITLE},
-    CardStep{kAlways, &append_ORG},
-    CardStep{key::EXPORT_CONF_NOTES, &append_NOTE},
-    CardStep{key::EXPORT_CONF_URLS, &append_URL},
-    CardStep{kAlways, &append_X_SOCIALPROFILE},
-    CardStep{kAlways, &append_IM},
+    CardStep{key::EXPORT_CONF_DATES, &appendBirthday},
+    CardStep{key::EXPORT_CONF_DATES, &appendDates, In::oneFile},
+    CardStep{key::EXPORT_CONF_ADRS, &appendAddresses},
+    CardStep{key::EXPORT_CONF_PHONES, &appendPhones},
+    CardStep{key::EXPORT_CONF_EMAILS, &appendEmails},
+    CardStep{kAlways, &appendTitle},
+    CardStep{kAlways, &appendOrganization},
+    CardStep{key::EXPORT_CONF_NOTES, &appendNote},
+    CardStep{key::EXPORT_CONF_URLS, &appendURLs},
+    CardStep{kAlways, &appendSocialProfiles},
+    CardStep{kAlways, &appendMessages},
     // Quirk: in an archive the dates come here, and no switch takes them out.
     // Its readers have always found them.
-    CardStep{kAlways, &append_DATE, In::archive},
-    CardStep{kAlways, &append_FAMILIY},
-    CardStep{kAlways, &append_END},
+    CardStep{kAlways, &appendDates, In::archive},
+    CardStep{kAlways, &appendFamily},
+    CardStep{kAlways, &appendEnd},
 };
 
 }  // namespace
@@ -376,26 +376,26 @@ Lines VCFExporter::vCard_PHOTO(const PersonRef& person, bool shrink, const Expor
     append(lines, person, services);                                                 \
     return lines.empty() ? std::nullopt : Lines(std::move(lines));                   \
   }
-VARNOK_PROPERTY_FUNCTION(vCard_BEGIN, append_BEGIN)
-VARNOK_PROPERTY_FUNCTION(vCard_VERSION, append_VERSION)
-VARNOK_PROPERTY_FUNCTION(vCard_N, append_N)
-VARNOK_PROPERTY_FUNCTION(vCard_FN, append_FN)
-VARNOK_PROPERTY_FUNCTION(vCard_NICKNAME, append_NICKNAME)
-VARNOK_PROPERTY_FUNCTION(vCard_X_PHONETIC_FIRST_NAME, append_X_PHONETIC_FIRST_NAME)
-VARNOK_PROPERTY_FUNCTION(vCard_X_PHONETIC_LAST_NAME, append_X_PHONETIC_LAST_NAME)
-VARNOK_PROPERTY_FUNCTION(vCard_BDAY, append_BDAY)
-VARNOK_PROPERTY_FUNCTION(vCard_DATE, append_DATE)
-VARNOK_PROPERTY_FUNCTION(vCard_ADR, append_ADR)
-VARNOK_PROPERTY_FUNCTION(vCard_TEL, append_TEL)
-VARNOK_PROPERTY_FUNCTION(vCard_EMAIL, append_EMAIL)
-VARNOK_PROPERTY_FUNCTION(vCard_TITLE, append_TITLE)
-VARNOK_PROPERTY_FUNCTION(vCard_ORG, append_ORG)
-VARNOK_PROPERTY_FUNCTION(vCard_NOTE, append_NOTE)
-VARNOK_PROPERTY_FUNCTION(vCard_URL, append_URL)
-VARNOK_PROPERTY_FUNCTION(vCard_X_SOCIALPROFILE, append_X_SOCIALPROFILE)
-VARNOK_PROPERTY_FUNCTION(vCard_IM, append_IM)
-VARNOK_PROPERTY_FUNCTION(vCard_FAMILIY, append_FAMILIY)
-VARNOK_PROPERTY_FUNCTION(vCard_END, append_END)
+VARNOK_PROPERTY_FUNCTION(vCard_BEGIN, appendBegin)
+VARNOK_PROPERTY_FUNCTION(vCard_VERSION, appendVersion)
+VARNOK_PROPERTY_FUNCTION(vCard_N, appendN)
+VARNOK_PROPERTY_FUNCTION(vCard_FN, appendFN)
+VARNOK_PROPERTY_FUNCTION(vCard_NICKNAME, appendNickname)
+VARNOK_PROPERTY_FUNCTION(vCard_X_PHONETIC_FIRST_NAME, appendPhoneticFirstName)
+VARNOK_PROPERTY_FUNCTION(vCard_X_PHONETIC_LAST_NAME, appendPhoneticLastName)
+VARNOK_PROPERTY_FUNCTION(vCard_BDAY, appendBirthday)
+VARNOK_PROPERTY_FUNCTION(vCard_DATE, appendDates)
+VARNOK_PROPERTY_FUNCTION(vCard_ADR, appendAddresses)
+VARNOK_PROPERTY_FUNCTION(vCard_TEL, appendPhones)
+VARNOK_PROPERTY_FUNCTION(vCard_EMAIL, appendEmails)
+VARNOK_PROPERTY_FUNCTION(vCard_TITLE, appendTitle)
+VARNOK_PROPERTY_FUNCTION(vCard_ORG, appendOrganization)
+VARNOK_PROPERTY_FUNCTION(vCard_NOTE, appendNote)
+VARNOK_PROPERTY_FUNCTION(vCard_URL, appendURLs)
+VARNOK_PROPERTY_FUNCTION(vCard_X_SOCIALPROFILE, appendSocialProfiles)
+VARNOK_PROPERTY_FUNCTION(vCard_IM, appendMessages)
+VARNOK_PROPERTY_FUNCTION(vCard_FAMILIY, appendFamily)
+VARNOK_PROPERTY_FUNCTION(vCard_END, appendEnd)
 VARNOK_PROPERTY_FUNCTION(vCard_LABEL, appendNothing)
 VARNOK_PROPERTY_FUNCTION(vCard_MAILER, appendNothing)
 VARNOK_PROPERTY_FUNCTION(vCard_TZ, appendNothing)

@@ -91,23 +91,26 @@ class VarnokViewController::RunHost : public BackupRun::Host {
       if (++run_->pendingSteps % run_->stepsOfAnUpdate != 0) return;
       run_->pendingName = ABRecordCopyCompositeName(person).value_or("");
     }
-    screen_.services_.tasks.detached([self = *this] { self.refreshView(); });
+    tasks_.detached([self = *this] { self.refreshView(); });
   }
 
   // The steps that have not been worth an update of their own.
   void runEnded() const {
-    screen_.services_.tasks.detached([self = *this] { self.refreshView(); });
+    tasks_.detached([self = *this] { self.refreshView(); });
   }
 
  private:
   void refreshView() const {
     VarnokViewController* screen = &screen_;
-    screen_.services_.tasks.mainThread([screen, run = run_, alive = alive_] {
+    tasks_.mainThread([screen, run = run_, alive = alive_] {
       if (!alive.expired()) screen->applyProgress(*run);
     });
   }
 
+  // Updates may be late and the screen gone: off the main thread nothing of it
+  // is touched.
   VarnokViewController& screen_;
+  TaskRunner& tasks_ = screen_.services_.tasks;
   std::shared_ptr<Run> run_;
   std::weak_ptr<bool> alive_ = screen_.alive_;
 };

@@ -86,6 +86,13 @@ TEST_F(MainScreen, ProgressThatArrivesAfterCancelIsDropped) {
   EXPECT_EQ(app.screen().state().progress.currentValue, 0);
 }
 
+TEST_F(MainScreen, UpdatesThatOutliveTheScreenTouchNothing) {
+  app.screen().onClick_Backup();
+  app.tasks.runOneInBackground();
+  app.delegate.reset();
+  app.tasks.runUntilIdle();
+}
+
 // Cancels from the run's thread when the photo of a person is reduced.
 class CancellingCodec : public FakeImageCodec {
  public:

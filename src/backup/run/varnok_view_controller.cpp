@@ -154,7 +154,8 @@ void VarnokViewController::accessAnswered(bool granted) {
 }
 
 void VarnokViewController::refreshContactCount() {
-  if (!state_.progress.isAtAnEnd()) return;
+  // A backup runs, also when its first steps have not reached the bar.
+  if (!state_.progress.isAtAnEnd() || !state_.btn_Cancel.hidden) return;
   const bool asks = getSystemVersionAsAnInteger() >= kFirstVersionWithAccessControl;
   const auto status = ABAddressBookGetAuthorizationStatus(services_.run.contacts);
   const bool allowed = !asks || status == AuthorizationStatus::authorized;
@@ -269,12 +270,14 @@ void VarnokViewController::backup(const std::shared_ptr<Run>& run, const std::sh
   const BackupOutcome outcome = BackupRun(host, services_.run).run(run->path, run->language);
   host.runEnded();
   onMainThread([this] { services_.idleTimer.setIdleTimerDisabled(/*disabled=*/false); });
-  switch (outcome.kind) {
-    case BackupOutcome::Kind::finished: backupDidFinish(run, outcome); break;
-    case BackupOutcome::Kind::failed: onMainThread([this, status = outcome.status] { backupDidFail(status); }); return;
-    case BackupOutcome::Kind::cancelled: break;
-  }
-  onMainThread([this, outcome] {
+  if (outcome.kind == BackupOutcome::Kind::finished) backupDidFinish(run, outcome);
+  onMainThread([this, run, outcome] {
+    if (run != run_) return;  // It was cancelled, and the next one has begun.
+    if (outcome.kind == BackupOutcome::Kind::failed && !run->operationCancelled) {
+      run->operationCancelled = true;  // The bar is reset: late steps are dropped.
+      backupDidFail(outcome.status);
+      return;
+    }
     lastOutcome_ = outcome;
     changed();
   });
@@ -301,12 +304,15 @@ void VarnokViewController::backupDidFinish(const std::shared_ptr<Run>& run, cons
   services_.run.writing.preferences.removeObjectForKey(key::lastRecord);
   checkAndShowFirstBackupAlertView();
   onMainThread([this, run] {
+    if (run != run_) return;  // The next one is on the screen.
     run->ended = true;
     setViewStateSend();
   });
   removeLastBackup();
   if (outcome.bytes) {
-    onMainThread([this, bytes = *outcome.bytes] { showSize(bytes); });
+    onMainThread([this, run, bytes = *outcome.bytes] {
+      if (run == run_) showSize(bytes);
+    });
   }
 }
 

@@ -86,6 +86,33 @@ TEST_F(MainScreen, ProgressThatArrivesAfterCancelIsDropped) {
   EXPECT_EQ(app.screen().state().progress.currentValue, 0);
 }
 
+TEST_F(MainScreen, TheBarStaysResetAfterAFailure) {
+  app.files.failCommits = true;
+  app.screen().onClick_Backup();
+  app.tasks.runOneInBackground();
+  while (app.tasks.runOneOnMain()) {
+  }
+  app.tasks.runUntilIdle();  // The updates come after the failure.
+  EXPECT_EQ(seen(), "Backup Settings \"BACKUP_LABEL 2\" 0/2");
+}
+
+TEST_F(MainScreen, ACancelledRunSaysNothingOfTheNext) {
+  app.screen().onClick_Backup();
+  app.tasks.runOneInBackground();  // Has ended; nobody has been told yet.
+  app.screen().onClick_Cancel();
+  app.screen().onClick_Backup();
+  while (app.tasks.runOneOnMain()) {
+  }
+  EXPECT_EQ(app.screen().lastOutcome(), std::nullopt);
+  EXPECT_FALSE(app.screen().state().btn_Cancel.hidden);
+}
+
+TEST_F(MainScreen, BecomingActiveLeavesARunningBackupAlone) {
+  app.screen().onClick_Backup();
+  app.delegate->applicationDidBecomeActive();
+  EXPECT_EQ(seen(), "Backup Cancel \"BACKUP_LABEL 2\" 0/2");
+}
+
 TEST_F(MainScreen, UpdatesThatOutliveTheScreenTouchNothing) {
   app.screen().onClick_Backup();
   app.tasks.runOneInBackground();

@@ -179,13 +179,17 @@ std::string CSVExporter::CSV_N(const PersonRef& person, const ExportServices& /*
 
 std::string CSVExporter::CSV_BDAY(const PersonRef& person, const ExportServices& services) {
   const std::optional<PropertyValue> birthday = ABRecordCopyValue(person, kABPersonBirthdayProperty);
-  return birthday ? "," + localDateText(std::get<Instant>(*birthday), services.clock) : ",";
+  std::string column = ",";
+  if (birthday) column += localDateText(std::get<Instant>(*birthday), services.clock);
+  return column;
 }
 
 std::string CSVExporter::CSV_DATE(const PersonRef& person, const ExportServices& /*services*/) {
   const auto dates = viewEntries(person, kABPersonDateProperty);
   const EntryView* anniversary = lastOfEach(dates, std::array{label::kAnniversary}).front();
-  return anniversary != nullptr ? "," + instantText(anniversary->instant) : ",";
+  std::string column = ",";
+  if (anniversary != nullptr) column += instantText(anniversary->instant);
+  return column;
 }
 
 std::string CSVExporter::CSV_TEL(const PersonRef& person, const ExportServices& /*services*/) {

@@ -267,17 +267,30 @@ enum class In { all, oneFile, archive };
 // The order of a card. A switch guards its property; without one it is always
 // written when the person has it.
 struct CardStep {
-  std::string_view onlyIf;
+  std::uint32_t onlyIf;
   Append append;
   In in = In::all;
 };
 
-bool belongs(const CardStep& step, In kind, const PreferenceStore& preferences) {
-  if (step.in != In::all && step.in != kind) return false;
-  return step.onlyIf.empty() || preferences.boolForKey(step.onlyIf);
+// What guards a property: bit i is the switch kSwitches[i]; no bit, always.
+constexpr std::array kSwitches{key::EXPORT_CONF_PHOTOS, key::EXPORT_CONF_DATES,  key::EXPORT_CONF_ADRS,
+                               key::EXPORT_CONF_PHONES, key::EXPORT_CONF_EMAILS, key::EXPORT_CONF_NOTES,
+                               key::EXPORT_CONF_URLS};
+
+consteval std::uint32_t bitOf(std::string_view onlyIf) {
+  for (std::size_t i = 0; i < kSwitches.size(); ++i) {
+    if (kSwitches[i] == onlyIf) return 1U << i;
+  }
+  throw "no such switch";  // Does not compile.
 }
 
-constexpr std::string_view kAlways;
+// `on`: the switches that are on.
+bool belongs(const CardStep& step, In kind, std::uint32_t on) {
+  if (step.in != In::all && step.in != kind) return false;
+  return step.onlyIf == 0 || (step.onlyIf & on) != 0;
+}
+
+constexpr std::uint32_t kAlways = 0;
 
 constexpr std::array kCard{
     CardStep{kAlways, &appendBegin},
@@ -287,16 +300,16 @@ constexpr std::array kCard{
     CardStep{kAlways, &appendNickname},
     CardStep{kAlways, &appendPhoneticFirstName},
     CardStep{kAlways, &appendPhoneticLastName},
-    CardStep{key::EXPORT_CONF_PHOTOS, &appendPhotoAsChosen},
-    CardStep{key::EXPORT_CONF_DATES, &appendBirthday},
-    CardStep{key::EXPORT_CONF_DATES, &appendDates, In::oneFile},
-    CardStep{key::EXPORT_CONF_ADRS, &appendAddresses},
-    CardStep{key::EXPORT_CONF_PHONES, &appendPhones},
-    CardStep{key::EXPORT_CONF_EMAILS, &appendEmails},
+    CardStep{bitOf(key::EXPORT_CONF_PHOTOS), &appendPhotoAsChosen},
+    CardStep{bitOf(key::EXPORT_CONF_DATES), &appendBirthday},
+    CardStep{bitOf(key::EXPORT_CONF_DATES), &appendDates, In::oneFile},
+    CardStep{bitOf(key::EXPORT_CONF_ADRS), &appendAddresses},
+    CardStep{bitOf(key::EXPORT_CONF_PHONES), &appendPhones},
+    CardStep{bitOf(key::EXPORT_CONF_EMAILS), &appendEmails},
     CardStep{kAlways, &appendTitle},
     CardStep{kAlways, &appendOrganization},
-    CardStep{key::EXPORT_CONF_NOTES, &appendNote},
-    CardStep{key::EXPORT_CONF_URLS, &appendURLs},
+    CardStep{bitOf(key::EXPORT_CONF_NOTES), &appendNote},
+    CardStep{bitOf(key::EXPORT_CONF_URLS), &appendURLs},
     CardStep{kAlways, &appendSocialProfiles},
     CardStep{kAlways, &appendMessages},
     // Quirk: in an archive the dates come here, and no switch takes them out.
@@ -312,8 +325,9 @@ Status VCFExporter::exportPerson(OutputStream& buffer, const PersonRef& person, 
                                  const ExportServices& services) {
   std::optional<std::string> card(std::in_place);
   card->reserve(kUsualCardBytes);
+  const std::uint32_t on = services.preferences.boolsForKeys(kSwitches);
   for (const CardStep& step : kCard) {
-    if (belongs(step, In::oneFile, services.preferences)) step.append(*card, person, services);
+    if (belongs(step, In::oneFile, on)) step.append(*card, person, services);
   }
   return VNKUtil::writeTo(buffer, card, /*isCSV=*/false, language, services.codec);
 }
@@ -322,8 +336,9 @@ Status VCFExporter::exportAsZip(ZipArchive& archive, const PersonRef& person, st
                                 const std::optional<std::string>& fileName, const ExportServices& services) {
   std::string card;
   const std::string_view stem = fileName ? std::string_view(*fileName) : std::string_view();
+  const std::uint32_t on = services.preferences.boolsForKeys(kSwitches);
   for (const CardStep& step : kCard) {
-    if (!belongs(step, In::archive, services.preferences)) continue;
+    if (!belongs(step, In::archive, on)) continue;
     std::string lines;
     step.append(lines, person, services);
     VNKUtil::writeToZip(card, lines, stem, language, services.codec);

@@ -13,13 +13,22 @@ std::string_view withoutLeadingBlanks(std::string_view text) {
   return start == std::string_view::npos ? std::string_view() : text.substr(start);
 }
 
-bool boolOf(std::string_view text) {
+bool boolOfText(std::string_view text) {
   text = withoutLeadingBlanks(text);
   if (!text.empty() && (text.front() == '+' || text.front() == '-')) text.remove_prefix(1);
   const std::size_t start = text.find_first_not_of('0');
   if (start == std::string_view::npos) return false;
   const char first = text[start];
   return first == 'Y' || first == 'y' || first == 'T' || first == 't' || (first >= '1' && first <= '9');
+}
+
+bool boolOf(const Value* value) {
+  if (value == nullptr) return false;
+  if (const auto* text = std::get_if<std::string>(value)) return boolOfText(*text);
+  if (const auto* flag = std::get_if<bool>(value)) return *flag;
+  if (const auto* integer = std::get_if<std::int64_t>(value)) return *integer != 0;
+  if (const auto* real = std::get_if<double>(value)) return *real != 0.0;
+  return false;
 }
 
 // from_chars knows no "+" and no blanks.
@@ -88,13 +97,16 @@ std::optional<std::string> PreferenceStore::stringForKey(std::string_view key) c
 
 bool PreferenceStore::boolForKey(std::string_view key) const {
   const std::scoped_lock lock(mutex_);
-  const Value* value = find(key);
-  if (value == nullptr) return false;
-  if (const auto* text = std::get_if<std::string>(value)) return boolOf(*text);
-  if (const auto* flag = std::get_if<bool>(value)) return *flag;
-  if (const auto* integer = std::get_if<std::int64_t>(value)) return *integer != 0;
-  if (const auto* real = std::get_if<double>(value)) return *real != 0.0;
-  return false;
+  return boolOf(find(key));
+}
+
+std::uint32_t PreferenceStore::boolsForKeys(std::span<const std::string_view> keys) const {
+  const std::scoped_lock lock(mutex_);
+  std::uint32_t bits = 0;
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (boolOf(find(keys[i]))) bits |= 1U << i;
+  }
+  return bits;
 }
 
 std::int64_t PreferenceStore::integerForKey(std::string_view key) const {

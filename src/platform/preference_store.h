@@ -14,6 +14,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,6 +49,9 @@ class PreferenceStore {
   // True for a number that is not zero, and for text that begins, after blanks
   // and an optional sign and zeros, with "Y", "y", "T", "t" or a digit 1 to 9.
   bool boolForKey(std::string_view key) const;
+
+  // boolForKey() of several keys at one moment: bit i for keys[i]; at most 32.
+  std::uint32_t boolsForKeys(std::span<const std::string_view> keys) const;
 
   // The number truncated, or the leading decimal integer of a text; else 0.
   std::int64_t integerForKey(std::string_view key) const;

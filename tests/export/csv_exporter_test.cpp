@@ -3,38 +3,15 @@
 #include <gtest/gtest.h>
 
 #include "app/preferences/preference_keys.h"
-#include "platform/testing/fake_clock.h"
-#include "platform/testing/fake_image_codec.h"
-#include "platform/testing/fake_random_source.h"
-#include "platform/testing/fake_services.h"
-#include "platform/testing/in_memory_file_system.h"
-#include "platform/testing/in_memory_preference_store.h"
+#include "support/export_surroundings.h"
 #include "support/person_builder.h"
 
 namespace varnok {
 namespace {
 
-struct Surroundings {
-  InMemoryPreferenceStore preferences;
+struct Surroundings : ExportSurroundings {
   FakeTextCatalog texts;
-  FakeClock clock;
-  FakeImageCodec images;
-  FakeTextCodec codec;
-  FakeRandomSource random;
-  ExportServices services{preferences, clock, images, codec, random};
 
-  Surroundings() { preferences.registerDefaults(registeredDefaults()); }
-
-  // What `write` puts into a file.
-  template <typename Write>
-  static std::string written(const Write& write) {
-    InMemoryFileSystem disk;
-    Status status;
-    const auto stream = disk.createAtomic("csv", status);
-    EXPECT_TRUE(write(*stream).ok());
-    EXPECT_TRUE(stream->commit().ok());
-    return disk.files["csv"];
-  }
   std::string header() const {
     return written([&](OutputStream& stream) { return CSVExporter::exportTitle(stream, "en", texts, services); });
   }

@@ -4,12 +4,7 @@
 
 #include "app/preferences/preference_keys.h"
 #include "backup/files/vnk_util.h"
-#include "platform/testing/fake_clock.h"
-#include "platform/testing/fake_image_codec.h"
-#include "platform/testing/fake_random_source.h"
-#include "platform/testing/fake_services.h"
-#include "platform/testing/in_memory_file_system.h"
-#include "platform/testing/in_memory_preference_store.h"
+#include "support/export_surroundings.h"
 #include "support/golden.h"
 #include "support/person_builder.h"
 
@@ -18,23 +13,9 @@ namespace {
 
 using Function = VCFExporter::Lines (*)(const PersonRef&, const ExportServices&);
 
-struct Surroundings {
-  InMemoryPreferenceStore preferences;
-  FakeClock clock;
-  FakeImageCodec images;
-  FakeTextCodec codec;
-  FakeRandomSource random;
-  ExportServices services{preferences, clock, images, codec, random};
-
-  Surroundings() { preferences.registerDefaults(registeredDefaults()); }
-
-  std::string card(const PersonRef& person) {
-    InMemoryFileSystem disk;
-    Status status;
-    const auto stream = disk.createAtomic("card", status);
-    EXPECT_TRUE(VCFExporter::exportPerson(*stream, person, "en", services).ok());
-    EXPECT_TRUE(stream->commit().ok());
-    return disk.files["card"];
+struct Surroundings : ExportSurroundings {
+  std::string card(const PersonRef& person) const {
+    return written([&](OutputStream& stream) { return VCFExporter::exportPerson(stream, person, "en", services); });
   }
 };
 

@@ -249,6 +249,14 @@ TEST(SizeMessage, RoundsAndWarnsStrictlyAboveTheLimit) {
   }
 }
 
+TEST_F(MainScreen, AFileWhoseSizeCannotBeReadIsFinishedWithoutASizeLine) {
+  app.files.hideAttributes = true;
+  app.backUp();
+  EXPECT_EQ(seen(), "Backup Send Settings \"BACKUP_LABEL 2\" 2/2");
+  EXPECT_EQ(app.screen().lastOutcome()->kind, BackupOutcome::Kind::finished);
+  EXPECT_TRUE(app.presenter.alerts.empty());
+}
+
 TEST(SizeWarning, AcceptedTurnsPhotosOffAndRepeats) {
   TestApplication app;
   ASSERT_NO_FATAL_FAILURE(makeFileOf(app, 3145729));

@@ -6,17 +6,14 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <ctime>
-#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "backup/files/vnk_util.h"
 #include "backup/files/zip_archive.h"
+#include "bench/bench_support.h"
 #include "platform/linux/posix/posix_clock.h"
 #include "platform/linux/posix/posix_file_system.h"
 #include "platform/linux/posix/thread_task_runner.h"
@@ -27,20 +24,6 @@ constexpr int kCards = 10'000;
 constexpr int kRounds = 5;
 constexpr std::size_t kSmallest = 1000;  // Bytes, about.
 constexpr std::size_t kLargest = 40'000;
-
-struct Time {
-  double wall = 0;  // Seconds.
-  double cpu = 0;   // Of all threads.
-};
-
-template <typename Work>
-Time timeOf(const Work& work) {
-  const auto start = std::chrono::steady_clock::now();
-  const std::clock_t cpu = std::clock();
-  work();
-  const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
-  return {wall.count(), static_cast<double>(std::clock() - cpu) / CLOCKS_PER_SEC};
-}
 
 // Every other card has a photo, whose bytes look like chance as a JPEG's do; the
 // others are long notes.
@@ -63,7 +46,7 @@ std::string card(int number, std::mt19937& chance) {
   return text + "\r\nEND:VCARD\r\n\n";
 }
 
-void archive(const std::vector<std::string>& cards, const std::string& path) {
+int archive(const std::vector<std::string>& cards, const std::string& path) {
   varnok::PosixFileSystem files;
   const varnok::PosixClock clock;
   varnok::ThreadTaskRunner tasks;
@@ -71,14 +54,14 @@ void archive(const std::vector<std::string>& cards, const std::string& path) {
   bool made = zip.CreateZipFile2(path);
   for (std::size_t i = 0; i < cards.size() && made; ++i)
     made = zip.addData(cards[i], std::to_string(i).append(".vcf"));
-  if (made && zip.CloseZipFile2()) return;
+  if (made && zip.CloseZipFile2()) return 0;
   std::fprintf(stderr, "%s\n", zip.status().message().c_str());
-  std::exit(1);
+  return 1;
 }
 
-void deflateAll(const std::vector<std::string>& cards) {
+int deflateAll(const std::vector<std::string>& cards) {
   z_stream stream{};
-  if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK) std::exit(1);
+  if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK) return 1;
   std::vector<Bytef> room(deflateBound(&stream, 2 * kLargest));
   for (const std::string& text : cards) {
     std::string copy = text;  // As addData() takes one.
@@ -87,36 +70,23 @@ void deflateAll(const std::vector<std::string>& cards) {
     stream.avail_in = static_cast<uInt>(copy.size());
     stream.next_out = room.data();
     stream.avail_out = static_cast<uInt>(room.size());
-    if (deflate(&stream, Z_FINISH) != Z_STREAM_END || deflateReset(&stream) != Z_OK) std::exit(1);
+    if (deflate(&stream, Z_FINISH) != Z_STREAM_END || deflateReset(&stream) != Z_OK) return 1;
   }
-  deflateEnd(&stream);
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
+  return deflateEnd(&stream);
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  std::string directory = argc > 1 ? argv[1] : std::filesystem::temp_directory_path().string();
-  directory += "/varnok-bench-XXXXXX";
-  if (::mkdtemp(directory.data()) == nullptr) return 1;
+int main() {
   std::mt19937 chance(1);
   std::vector<std::string> cards;
   for (int i = 0; i < kCards; ++i)
     cards.push_back(card(i, chance));
-  std::vector<double> wall;
-  std::vector<double> cpu;
-  for (int round = 0; round < kRounds; ++round) {
-    const Time ours = timeOf([&] { archive(cards, directory + "/backup.zip"); });
-    const Time zlib = timeOf([&] { deflateAll(cards); });
-    std::printf("zip archive %.2f s, CPU %.2f s; zlib %.2f s, CPU %.2f s\n", ours.wall, ours.cpu, zlib.wall, zlib.cpu);
-    wall.push_back(ours.wall / zlib.wall);
-    cpu.push_back(ours.cpu / zlib.cpu);
-  }
-  std::filesystem::remove_all(directory);
-  std::printf("medians of the ratios: wall %.2f, CPU %.2f\n", median(wall), median(cpu));
-  return 0;
+  const varnok::BenchFolder folder;
+  const varnok::CostPair costs = varnok::leastInTurns(
+      kRounds, [&] { return archive(cards, folder.path("backup.zip")); }, [&] { return deflateAll(cards); });
+  varnok::Bounds bounds;
+  bounds.ratio("zip of 10,000 cards beside zlib, wall", costs.ours.wall, costs.theirs.wall, 0.6);
+  bounds.ratio("zip of 10,000 cards beside zlib, CPU", costs.ours.cpu, costs.theirs.cpu, 1.15);
+  return bounds.exitStatus();
 }

@@ -8,10 +8,10 @@
 #     SOURCES vcf_exporter.cpp)
 #
 # A library without SOURCES is an interface library. TESTONLY ones are built
-# with the tests only.
+# with the tests and the fuzz targets only.
 function(varnok_library)
   cmake_parse_arguments(ARG "TESTONLY" "NAME" "DEPENDS;LINKS;HEADERS;SOURCES" ${ARGN})
-  if(ARG_TESTONLY AND NOT VARNOK_TESTS)
+  if(ARG_TESTONLY AND NOT (VARNOK_TESTS OR VARNOK_FUZZ))
     return()
   endif()
   set(target varnok_${ARG_NAME})

@@ -6,6 +6,8 @@
 #include "app/preferences/preference_keys.h"
 #include "backup/files/backup_file.h"
 #include "backup/files/vnk_util.h"
+#include "backup/list/vcard_backups.h"
+#include "backup/run/backup_delivery.h"
 #include "cli/commands.h"
 #include "platform/text_key.h"
 
@@ -19,14 +21,6 @@ struct Backup {
   bool last = false;
 };
 
-bool isVCard(const Backup& backup) {
-  std::string extension(pathExtension(backup.name));
-  for (char& c : extension) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return extension == "vcf";
-}
-
 // Every backup, the newest first.
 std::vector<Backup> allBackups(const Services& services) {
   const std::string last = services.preferences.stringForKey(key::FILE_NAME).value_or("");
@@ -34,7 +28,7 @@ std::vector<Backup> allBackups(const Services& services) {
   for (const std::string& name : services.files.filesBelow(services.documents)) {
     Backup backup{name, services.documents + "/" + name, {}, lastPathComponent(name) == last};
     const std::string_view extension = pathExtension(name);
-    if (!isVCard(backup) && extension != "csv" && extension != "zip") continue;
+    if (!isVCardBackup(backup.name) && extension != "csv" && extension != "zip") continue;
     backup.attributes = services.files.attributes(backup.path).value_or(FileAttributes{});
     backups.push_back(std::move(backup));
   }
@@ -51,6 +45,12 @@ std::optional<Backup> findBackup(const Services& services, const std::string& na
   return found == backups.end() ? std::nullopt : std::optional(*found);
 }
 
+// As the list of backups sends a vCard backup, and the main screen the others.
+MailMessage mailOf(const Backup& backup, std::string bytes, const TextCatalog& texts) {
+  if (isVCardBackup(backup.name)) return vCardMail(std::move(bytes), backup.name, texts);
+  return backupMail(pathExtension(backup.name), std::move(bytes), std::string(lastPathComponent(backup.name)), texts);
+}
+
 std::string timeText(Instant instant, const Clock& clock) {
   const LocalTime local = clock.localTime(instant);
   return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", local.year, local.month, local.day, local.hour, local.minute);
@@ -63,7 +63,7 @@ int backupsCommand(CommandContext& context, bool all) {
   boost::json::array list;
   std::string text;
   for (const Backup& backup : allBackups(services)) {
-    if (!all && !isVCard(backup)) continue;
+    if (!all && !isVCardBackup(backup.name)) continue;
     list.push_back({{"path", jsonText(backup.path)},
                     {"name", jsonText(backup.name)},
                     {"bytes", backup.attributes.size},
@@ -87,17 +87,23 @@ int backupsMailCommand(CommandContext& context, const std::string& name, const s
   Status status;
   std::optional<std::string> bytes = services.files.readFile(backup->path, status);
   if (!bytes) return context.report.failure(status);
-  MailMessage message;
+  MailMessage message = mailOf(*backup, std::move(*bytes), services.texts);
   message.to = addresses;
-  message.subject = services.texts.text(text_key::Varnok);
-  message.body = services.texts.text(text_key::BACKUP_MAIL_BODY);
-  message.attachments.push_back(
-      {std::move(*bytes), "text/x-vcard;charset=UTF-8", std::string(lastPathComponent(backup->name))});
   std::optional<MailComposeResult> result;
   services.mail.present(std::move(message), [&](MailComposeResult given) { result = given; });
   context.platform.tasks().runUntil([&] { return result.has_value(); });
   if (result != MailComposeResult::sent) return context.report.failure("the mail program did not take the message");
   context.report.result({{"result", "sent"}}, fmt::format("{} sent\n", shown(name)));
+  return kDone;
+}
+
+int backupsOpenCommand(CommandContext& context, const std::string& name) {
+  const std::optional<Backup> backup = findBackup(context.platform.services(), name);
+  if (!backup) return context.report.failure("there is no backup " + name);
+  if (Status status = context.platform.handOver().handOver(backup->path); !status.ok()) {
+    return context.report.failure(status);
+  }
+  context.report.result({{"result", "opened"}}, fmt::format("{} opened\n", shown(name)));
   return kDone;
 }
 

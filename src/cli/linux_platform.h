@@ -11,8 +11,12 @@
 
 #include "app/startup/services.h"
 #include "cli/paths.h"
+#include "platform/linux/curl/curl_dropbox_client.h"
+#include "platform/linux/desktop/file_notification_scheduler.h"
+#include "platform/linux/desktop/xdg_document_hand_over.h"
 #include "platform/linux/imaging/turbo_image_codec.h"
 #include "platform/linux/mail/sendmail_mail_composer.h"
+#include "platform/linux/network/netlink_network_monitor.h"
 #include "platform/linux/posix/developer_log_file.h"
 #include "platform/linux/posix/log_services.h"
 #include "platform/linux/posix/posix_clock.h"
@@ -21,9 +25,10 @@
 #include "platform/linux/posix/system_random_source.h"
 #include "platform/linux/posix/thread_task_runner.h"
 #include "platform/linux/sqlite/sqlite_contact_store.h"
+#include "platform/linux/text/icu_date_formatter.h"
 #include "platform/linux/text/icu_text_codec.h"
+#include "platform/linux/text/icu_text_collation.h"
 #include "platform/linux/text/mo_text_catalog.h"
-#include "platform/no_dropbox_client.h"
 
 namespace varnok {
 
@@ -40,9 +45,16 @@ class LinuxPlatform {
   static std::unique_ptr<LinuxPlatform> make(const PlatformOptions& options, ScreenPresenter& presenter,
                                              Status& status);
 
-  Services services();
+  // `composer` stands in for the platform's mail composer; it outlives the
+  // services' users.
+  Services services(MailComposer* composer = nullptr);
   ThreadTaskRunner& tasks() { return tasks_; }
+  CurlDropboxClient& dropboxClient() { return dropboxClient_; }
   const Paths& paths() const { return paths_; }
+
+  // What commands ask for beyond the interfaces.
+  FileNotificationScheduler& reminders() { return reminders_; }
+  XdgDocumentHandOver& handOver() { return handOver_; }
 
  private:
   LinuxPlatform(Paths paths, const PlatformOptions& options, std::unique_ptr<PreferenceFileStore> preferences,
@@ -55,18 +67,22 @@ class LinuxPlatform {
   FileDeveloperLog log_;
   PosixFileSystem files_;
   PosixClock clock_;
+  IcuDateFormatter dates_;
   SystemRandomSource random_;
   IcuTextCodec codec_;
+  IcuTextCollation collation_;
   TurboImageCodec images_;
   std::unique_ptr<MoTextCatalog> texts_;
   SQLiteContactStoreProvider contacts_;
   NotificationCenter notifications_;
   ThreadTaskRunner tasks_;
+  FileNotificationScheduler reminders_;
   SendmailMailComposer mail_;
+  XdgDocumentHandOver handOver_;
   LogIdleTimer idleTimer_;
-  NoDropboxClient dropboxClient_;
+  CurlDropboxClient dropboxClient_;
   DropboxSession dropbox_;
-  NoNetworkMonitor network_;
+  NetlinkNetworkMonitor network_;
   LogStoreReview storeReview_;
   CorvelRating rating_;
   LogCrashReporter crashReporter_;

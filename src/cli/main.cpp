@@ -7,8 +7,11 @@
 #include <cstdio>
 #include <functional>
 
+#include <fmt/format.h>
+
 #include "app/preferences/preference_keys.h"
 #include "cli/commands.h"
+#include "web/access/web_server.h"
 
 namespace varnok {
 namespace {
@@ -28,10 +31,20 @@ struct CommandLine {
   std::string value;
   std::vector<std::string> addresses;
   RecordID id = 0;
+  std::vector<RecordID> ids;
+  bool remove = false;
+  bool yes = false;
   bool all = false;
   std::string type;
   bool multiple = false;
   bool single = false;
+  std::uint16_t port = WebServer::kPort;
+  std::string interface;
+  std::vector<std::string> hostNames;
+  bool accessCode = false;
+  bool readOnly = false;
+  bool requestLog = false;
+  bool shell = false;
 };
 
 void declareGlobalOptions(CLI::App& app, CommandLine& line) {
@@ -44,21 +57,39 @@ void declareGlobalOptions(CLI::App& app, CommandLine& line) {
 }
 
 void declareContacts(CLI::App& app, CommandLine& line) {
-  CLI::App* import = app.add_subcommand("import", "add the people of vCard files to the contact store");
-  import->add_option("FILE", line.files, "vCard files; - is stdin")->required();
-  import->callback([&line] { line.command = [&line](auto& context) { return importCommand(context, line.files);
-};
-}  // namespace
-);
+  // Not named after its command: a line that begins with "import" reads as a module's.
+  CLI::App* importer = app.add_subcommand("import", "add the people of vCard files to the contact store");
+  importer->add_option("FILE", line.files, "vCard files; - is stdin")->required();
+  importer->callback([&line] { line.command = [&line](auto& context) { return importCommand(context, line.files); }; });
 
-CLI::App* contacts = app.add_subcommand("contacts", "list people: id, first name, last name");
-contacts->callback([&line, contacts] {
-  if (contacts->get_subcommands().empty()) line.command = contactsCommand;
-});
-CLI::App* show = contacts->add_subcommand("show", "every stored property of one person");
-show->add_option("ID", line.id)->required();
-show->callback([&line] { line.command = [&line](auto& context) { return contactsShowCommand(context, line.id); }; });
-}  // namespace varnok
+  CLI::App* contacts = app.add_subcommand("contacts", "list people: id, first name, last name");
+  contacts->callback([&line, contacts] {
+    if (contacts->get_subcommands().empty()) line.command = contactsCommand;
+  });
+  CLI::App* show = contacts->add_subcommand("show", "every stored property of one person");
+  show->add_option("ID", line.id)->required();
+  show->callback([&line] { line.command = [&line](auto& context) { return contactsShowCommand(context, line.id); }; });
+  CLI::App* remove = contacts->add_subcommand("remove", "delete people, after a question");
+  CLI::Option_group* which = remove->add_option_group("who");
+  which->add_option("ID", line.ids);
+  which->add_flag("--all", line.all, "everybody");
+  which->require_option(1);
+  remove->add_flag("--yes", line.yes, "answers the question");
+  remove->callback([&line] {
+    line.command = [&line](auto& context) {
+      return line.all ? contactsRemoveAllCommand(context, line.yes)
+                      : contactsRemoveCommand(context, line.ids, line.yes);
+    };
+  });
+}
+
+void declareDuplicates(CLI::App& app, CommandLine& line) {
+  CLI::App* duplicates = app.add_subcommand("duplicates", "list people who are stored more than once");
+  CLI::Option* remove = duplicates->add_flag("--remove", line.remove, "delete all but the first, after a question");
+  duplicates->add_flag("--yes", line.yes, "answers the question")->needs(remove);
+  duplicates->callback(
+      [&line] { line.command = [&line](auto& context) { return duplicatesCommand(context, line.remove, line.yes); }; });
+}
 
 void declareBackups(CLI::App& app, CommandLine& line) {
   CLI::App* backup = app.add_subcommand("backup", "make one backup");
@@ -79,10 +110,58 @@ void declareBackups(CLI::App& app, CommandLine& line) {
   mail->callback([&line] {
     line.command = [&line](auto& context) { return backupsMailCommand(context, line.name, line.addresses); };
   });
+  CLI::App* upload = backups->add_subcommand("upload", "copy a backup to the linked Dropbox account");
+  upload->add_option("NAME", line.name)->required();
+  upload->callback(
+      [&line] { line.command = [&line](auto& context) { return backupsUploadCommand(context, line.name); }; });
+  CLI::App* open = backups->add_subcommand("open", "hand a backup to another application");
+  open->add_option("NAME", line.name)->required();
+  open->callback([&line] { line.command = [&line](auto& context) { return backupsOpenCommand(context, line.name); }; });
   CLI::App* remove = backups->add_subcommand("delete", "delete a backup; the last one is refused");
   remove->add_option("NAME", line.name)->required();
   remove->callback(
       [&line] { line.command = [&line](auto& context) { return backupsDeleteCommand(context, line.name); }; });
+}
+
+void declareServe(CLI::App& app, CommandLine& line) {
+  CLI::App* serve = app.add_subcommand("serve", "the web access, until interrupted");
+  serve->add_option("--port", line.port, "where it listens; 0 is any free one")->check(CLI::Range(0, 65535));
+  serve->add_option("--bind", line.interface, "the one interface it listens on, by address or name");
+  serve->add_flag("--access-code", line.accessCode, "ask browsers for a code, which is printed");
+  serve->add_flag("--read-only", line.readOnly, "refuse every change");
+  serve->add_option("--host-name", line.hostNames, "a further name under which it is reached")->expected(1)->take_all();
+  serve->add_flag("--request-log", line.requestLog, "one line for each request on stderr");
+  serve->callback([&line] { line.command = [&line](auto& context) { return serveCommand(context, line.port); }; });
+}
+
+void declareReminder(CLI::App& app, CommandLine& line) {
+  CLI::App* reminder = app.add_subcommand("reminder", "the planned reminder");
+  reminder->callback([&line, reminder] {
+    if (reminder->get_subcommands().empty()) line.command = reminderCommand;
+  });
+  reminder->add_subcommand("schedule", "plan it afresh from the settings")->callback([&line] {
+    line.command = reminderScheduleCommand;
+  });
+  reminder->add_subcommand("deliver", "show it now")->callback([&line] { line.command = reminderDeliverCommand; });
+}
+
+void declareDropbox(CLI::App& app, CommandLine& line) {
+  CLI::App* dropbox = app.add_subcommand("dropbox", "the linked Dropbox account");
+  dropbox->callback([&line, dropbox] {
+    if (dropbox->get_subcommands().empty()) line.command = dropboxCommand;
+  });
+  dropbox->add_subcommand("link", "link an account: prints an address to open, reads the one it leads to")
+      ->callback([&line] { line.command = dropboxLinkCommand; });
+  dropbox->add_subcommand("unlink", "forget the account")->callback([&line] { line.command = dropboxUnlinkCommand; });
+  CLI::App* list = dropbox->add_subcommand("list", "the entries of a folder");
+  list->add_option("PATH", line.name, "the root where it is left out");
+  list->callback([&line] { line.command = [&line](auto& context) { return dropboxListCommand(context, line.name); }; });
+  CLI::App* get = dropbox->add_subcommand("get", "download a file beside the backups");
+  get->add_option("PATH", line.name)->required();
+  get->callback([&line] { line.command = [&line](auto& context) { return dropboxGetCommand(context, line.name); }; });
+  CLI::App* put = dropbox->add_subcommand("put", "upload a backup");
+  put->add_option("NAME", line.name)->required();
+  put->callback([&line] { line.command = [&line](auto& context) { return dropboxPutCommand(context, line.name); }; });
 }
 
 void declareSettings(CLI::App& app, CommandLine& line) {
@@ -105,7 +184,7 @@ void declareSettings(CLI::App& app, CommandLine& line) {
       [&line] { line.command = [&line](auto& context) { return settingsResetCommand(context, line.name); }; });
 }
 
-// The options of `backup` are --set in other words; what stands later wins.
+// The options of `backup` and `serve` are --set in other words; what stands later wins.
 bool collectSettings(CommandLine& line) {
   for (const std::string& setting : line.settings) {
     const std::size_t equals = setting.find('=');
@@ -123,11 +202,32 @@ bool collectSettings(CommandLine& line) {
   if (line.multiple || line.single) {
     line.platform.preferences.emplace_back(key::multipleVCF, line.multiple ? "YES" : "NO");
   }
+  if (!line.interface.empty()) line.platform.preferences.emplace_back(key::WEB_INTERFACE, line.interface);
+  if (!line.hostNames.empty()) {
+    line.platform.preferences.emplace_back(key::WEB_HOST_NAMES, fmt::format("{}", fmt::join(line.hostNames, ",")));
+  }
+  if (line.accessCode) line.platform.preferences.emplace_back(key::WEB_ACCESS_CODE, "YES");
+  if (line.readOnly) line.platform.preferences.emplace_back(key::WEB_READ_ONLY, "YES");
+  if (line.requestLog) line.platform.preferences.emplace_back(key::WEB_REQUEST_LOG, "YES");
   return true;
+}
+
+int runShell(CommandLine& line) {
+  ShellPresenter presenter;
+  ShellMailComposer mail;
+  Status status;
+  const auto platform = LinuxPlatform::make(line.platform, presenter, status);
+  if (platform == nullptr) return line.report.failure(status);
+  presenter.setTasks(platform->tasks());
+  mail.setPlatform(platform->services().mail);
+  mail.setDrivenByProgram(line.report.json);
+  ShellContext context{*platform, presenter, mail, line.report};
+  return shellCommand(context);
 }
 
 int run(CommandLine& line) {
   if (!collectSettings(line)) return kWrongUsage;
+  if (line.shell) return runShell(line);
   TerminalPresenter presenter;
   Status status;
   const auto platform = LinuxPlatform::make(line.platform, presenter, status);
@@ -145,8 +245,13 @@ int parseAndRun(int argc, char** argv) {
   app.fallthrough();
   declareGlobalOptions(app, line);
   declareContacts(app, line);
+  declareDuplicates(app, line);
   declareBackups(app, line);
+  declareServe(app, line);
+  declareReminder(app, line);
+  declareDropbox(app, line);
   declareSettings(app, line);
+  app.add_subcommand("shell", "the application's screens on this terminal")->callback([&line] { line.shell = true; });
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -29,12 +29,20 @@ std::string resourceDirectory() {
   return VARNOK_BUILD_RESOURCES;
 }
 
+// The build leaves none: the pages are served as they are written.
+std::string webPageDirectory() {
+  std::error_code error;
+  std::string beside = resourceDirectory() + "/Web";
+  return std::filesystem::is_directory(beside, error) ? beside : VARNOK_SOURCE_RESOURCES "/Web";
+}
+
 }  // namespace
 
 Paths pathsFor(const std::string& home) {
   std::string root = home.empty() ? environment("VARNOK_HOME") : home;
   Paths paths;
   paths.texts = resourceDirectory() + "/texts";
+  paths.webPages = webPageDirectory();
   if (!root.empty()) {
     std::error_code error;
     root = std::filesystem::absolute(root, error).lexically_normal().string();
@@ -43,7 +51,10 @@ Paths pathsFor(const std::string& home) {
     paths.contacts = root + "/contacts.db";
     paths.preferences = root + "/preferences.db";
     paths.documents = root + "/Documents";
+    paths.dropboxAccount = root + "/dropbox.json";
+    paths.useKeyring = false;
     paths.backupLock = root + "/backup.lock";
+    paths.reminder = root + "/reminder.json";
     paths.log = root + "/log";
     return paths;
   }
@@ -51,7 +62,9 @@ Paths pathsFor(const std::string& home) {
   paths.contacts = data + "/contacts.db";
   paths.preferences = baseDirectory("XDG_CONFIG_HOME", "/.config") + "/preferences.db";
   paths.documents = data + "/Documents";
+  paths.dropboxAccount = data + "/dropbox.json";
   paths.backupLock = data + "/backup.lock";
+  paths.reminder = data + "/reminder.json";
   paths.log = baseDirectory("XDG_STATE_HOME", "/.local/state") + "/log";
   return paths;
 }

@@ -6,6 +6,7 @@ namespace {
 class NoOverlay : public ScreenPresenter::Overlay {
  public:
   void setText(const std::string& /*text*/) override {}
+  void showCheckmark() override {}
 };
 
 }  // namespace

@@ -35,17 +35,16 @@ std::optional<std::string_view> ContactRecord::text(PropertyID property) const {
 }
 
 std::span<const EntryView> ContactRecord::entries(PropertyID property) const {
-  views_.clear();
   if (const PersonChanges* changes = changesIfAny()) {
     const auto found = changes->properties.find(property);
     if (found != changes->properties.end()) {
       const auto* list = found->second ? std::get_if<MultiValue>(&*found->second) : nullptr;
+      views_.clear();
       if (list != nullptr) appendViews(*list, views_);
       return views_;
     }
   }
-  if (store_ != nullptr) store_->backend_->entries(id_, property, views_);
-  return views_;
+  return store_ == nullptr ? std::span<const EntryView>() : store_->backend_->entries(id_, property);
 }
 
 Status ContactRecord::setValue(PropertyID property, PropertyValue value) {

@@ -40,9 +40,15 @@ struct PersonChanges {
 };
 
 class ContactRecord {
+  // Only a store makes records that are read through it.
+  struct StoreKey {
+    explicit StoreKey() = default;
+  };
+
  public:
   // A new, empty person outside any store.
   ContactRecord() = default;
+  ContactRecord(StoreKey /*key*/, ContactStore& store, RecordID id) : store_(&store), id_(id) {}
   ContactRecord(const ContactRecord&) = delete;
   ContactRecord& operator=(const ContactRecord&) = delete;
   ~ContactRecord() = default;
@@ -76,8 +82,6 @@ class ContactRecord {
  private:
   friend class ContactStore;
 
-  ContactRecord(ContactStore& store, RecordID id) : store_(&store), id_(id) {}
-
   PersonChanges& changes();
   const PersonChanges* changesIfAny() const;
 
@@ -85,7 +89,7 @@ class ContactRecord {
   RecordID id_ = kInvalidRecordID;
   bool added_ = false;                    // Waits in a store for its save.
   PersonChanges own_;                     // Everything, while store_ is null.
-  mutable std::vector<EntryView> views_;  // The last that entries() gave.
+  mutable std::vector<EntryView> views_;  // Of the changed list that entries() gave last.
 };
 
 using PersonRef = std::shared_ptr<ContactRecord>;

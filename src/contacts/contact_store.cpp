@@ -27,7 +27,7 @@ ContactStore::~ContactStore() {
 }
 
 PersonRef ContactStore::handleOf(RecordID id) {
-  return PersonRef(new ContactRecord(*this, id));
+  return std::make_shared<ContactRecord>(ContactRecord::StoreKey(), *this, id);
 }
 
 PersonRef ContactStore::personWithRecordID(RecordID id) {

@@ -19,6 +19,7 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -45,8 +46,8 @@ class ContactBackend {
   virtual std::optional<PropertyValue> value(RecordID id, PropertyID property) = 0;
   // Of a text property. Valid until the next call.
   virtual std::optional<std::string_view> text(RecordID id, PropertyID property) = 0;
-  // Adds the entries of a multi-valued property. They are valid until the next call.
-  virtual void entries(RecordID id, PropertyID property, std::vector<EntryView>& views) = 0;
+  // Of a multi-valued property. Valid until the next call.
+  virtual std::span<const EntryView> entries(RecordID id, PropertyID property) = 0;
   virtual bool hasImage(RecordID id) = 0;
   virtual std::optional<std::string> image(RecordID id) = 0;
   virtual Status readStatus() const = 0;  // The first failed read, else ok.

@@ -4,9 +4,9 @@
 #include <array>
 #include <span>
 
-#include "app/preferences/preference_keys.h"
 #include "backup/files/vnk_util.h"
 #include "export/date_text.h"
+#include "export/field_switches.h"
 #include "platform/text_key.h"
 
 namespace varnok {
@@ -48,13 +48,12 @@ std::array<const EntryView*, N> lastOfEach(std::span<const EntryView> entries,
 }
 
 template <std::size_t N>
-std::string textColumns(const PersonRef& person, PropertyID property, const std::array<std::string_view, N>& labels) {
-  std::string columns;
+void appendTextColumns(std::string& row, const PersonRef& person, PropertyID property,
+                       const std::array<std::string_view, N>& labels) {
   for (const EntryView* entry : lastOfEach(viewEntries(person, property), labels)) {
-    columns += ',';
-    if (entry != nullptr) columns += entry->text;
+    row += ',';
+    if (entry != nullptr) row += entry->text;
   }
-  return columns;
 }
 
 // The text on one line: line feeds become spaces, carriage returns go, and so
@@ -81,13 +80,62 @@ void appendAddress(std::string& columns, const DictionaryView& address) {
   }
 }
 
-using Write = std::string (*)(const PersonRef&, const ExportServices&);
+void appendNames(std::string& row, const PersonRef& person, const ExportServices& /*services*/) {
+  for (const PropertyID part : kNameParts) {
+    if (part != kNameParts.front()) row += ',';
+    if (const auto text = viewText(person, part)) row += *text;
+  }
+}
 
-// Columns that one switch shows or hides, in the header and in the rows.
+void appendBirthday(std::string& row, const PersonRef& person, const ExportServices& services) {
+  const std::optional<PropertyValue> birthday = ABRecordCopyValue(person, kABPersonBirthdayProperty);
+  row += ',';
+  if (birthday) row += localDateText(std::get<Instant>(*birthday), services.clock);
+}
+
+void appendAnniversary(std::string& row, const PersonRef& person, const ExportServices& /*services*/) {
+  const auto dates = viewEntries(person, kABPersonDateProperty);
+  const EntryView* anniversary = lastOfEach(dates, std::array{label::kAnniversary}).front();
+  row += ',';
+  if (anniversary != nullptr) row += instantText(anniversary->instant);
+}
+
+void appendPhones(std::string& row, const PersonRef& person, const ExportServices& /*services*/) {
+  appendTextColumns(row, person, kABPersonPhoneProperty, kPhoneLabels);
+}
+
+void appendEmails(std::string& row, const PersonRef& person, const ExportServices& /*services*/) {
+  const auto emails = viewEntries(person, kABPersonEmailProperty);
+  for (std::size_t i = 0; i < kEmailColumns; ++i) {
+    row += ',';
+    if (i < emails.size()) row += emails[i].text;
+  }
+}
+
+void appendURLs(std::string& row, const PersonRef& person, const ExportServices& /*services*/) {
+  appendTextColumns(row, person, kABPersonURLProperty, kURLLabels);
+}
+
+void appendAddresses(std::string& row, const PersonRef& person, const ExportServices& /*services*/) {
+  for (const EntryView* entry : lastOfEach(viewEntries(person, kABPersonAddressProperty), kAddressLabels)) {
+    row += ',';
+    if (entry != nullptr) appendAddress(row, entry->dictionary);
+  }
+}
+
+void appendNote(std::string& row, const PersonRef& person, const ExportServices& /*services*/) {
+  row += ",\"";
+  if (const auto note = viewText(person, kABPersonNoteProperty)) appendOnOneLine(row, *note, "\"\"");
+  row += '"';
+}
+
+using Append = void (*)(std::string& row, const PersonRef& person, const ExportServices& services);
+
+// Columns that are shown or hidden together, in the header and in the rows.
 struct Group {
-  std::string_view onlyIf;  // Empty: always there.
+  FieldSwitch onlyIf;
   std::span<const std::string_view> titles;
-  std::span<const Write> writes;
+  std::span<const Append> texts;
 };
 
 constexpr std::array kNameTitles{text_key::Prefix,     text_key::First_Name, text_key::Middle_Name,
@@ -105,33 +153,28 @@ constexpr std::array kURLTitles{text_key::Home_Page, text_key::Home, text_key::W
 constexpr std::array kAddressTitles{text_key::Home, text_key::Work};
 constexpr std::array kNoteTitles{text_key::Note};
 
-constexpr std::array<Write, 1> kNames{&CSVExporter::CSV_N};
-constexpr std::array<Write, 2> kDates{&CSVExporter::CSV_BDAY, &CSVExporter::CSV_DATE};
-constexpr std::array<Write, 1> kPhones{&CSVExporter::CSV_TEL};
-constexpr std::array<Write, 1> kEmails{&CSVExporter::CSV_EMAIL};
-constexpr std::array<Write, 1> kURLs{&CSVExporter::CSV_URL};
-constexpr std::array<Write, 1> kAddresses{&CSVExporter::CSV_ADR};
-constexpr std::array<Write, 1> kNotes{&CSVExporter::CSV_NOTE};
+constexpr std::array<Append, 1> kNames{&appendNames};
+constexpr std::array<Append, 2> kDates{&appendBirthday, &appendAnniversary};
+constexpr std::array<Append, 1> kPhones{&appendPhones};
+constexpr std::array<Append, 1> kEmails{&appendEmails};
+constexpr std::array<Append, 1> kURLs{&appendURLs};
+constexpr std::array<Append, 1> kAddresses{&appendAddresses};
+constexpr std::array<Append, 1> kNotes{&appendNote};
 
 constexpr std::array kGroups{
-    Group{{}, kNameTitles, kNames},
-    Group{key::EXPORT_CONF_DATES, kDateTitles, kDates},
-    Group{key::EXPORT_CONF_PHONES, kPhoneTitles, kPhones},
-    Group{key::EXPORT_CONF_EMAILS, kEmailTitles, kEmails},
-    Group{key::EXPORT_CONF_URLS, kURLTitles, kURLs},
-    Group{key::EXPORT_CONF_ADRS, kAddressTitles, kAddresses},
-    Group{key::EXPORT_CONF_NOTES, kNoteTitles, kNotes},
+    Group{FieldSwitch::none, kNameTitles, kNames},
+    Group{fieldSwitch(key::EXPORT_CONF_DATES), kDateTitles, kDates},
+    Group{fieldSwitch(key::EXPORT_CONF_PHONES), kPhoneTitles, kPhones},
+    Group{fieldSwitch(key::EXPORT_CONF_EMAILS), kEmailTitles, kEmails},
+    Group{fieldSwitch(key::EXPORT_CONF_URLS), kURLTitles, kURLs},
+    Group{fieldSwitch(key::EXPORT_CONF_ADRS), kAddressTitles, kAddresses},
+    Group{fieldSwitch(key::EXPORT_CONF_NOTES), kNoteTitles, kNotes},
 };
 static_assert(kPhoneTitles.size() == kPhoneLabels.size() && kEmailTitles.size() == kEmailColumns &&
               kURLTitles.size() == kURLLabels.size() && kAddressTitles.size() == kAddressLabels.size());
 
-bool isOn(const Group& group, const PreferenceStore& preferences) {
-  return group.onlyIf.empty() || preferences.boolForKey(group.onlyIf);
-}
-
-Status write(OutputStream& buffer, std::string text, std::string_view language, const TextCodec& codec) {
-  return VNKUtil::writeTo(buffer, std::move(text), /*isCSV=*/true, language, codec);
-}
+// A row fits as a rule.
+constexpr std::size_t kUsualRowBytes = 1024;
 
 std::string titleColumns(const Group& group, const TextCatalog& texts) {
   std::string columns;
@@ -148,82 +191,52 @@ std::string titleColumns(const Group& group, const TextCatalog& texts) {
 
 Status CSVExporter::exportTitle(OutputStream& buffer, std::string_view language, const TextCatalog& texts,
                                 const ExportServices& services) {
+  const FieldSwitches switches(services.preferences);
   for (const Group& group : kGroups) {
-    if (!isOn(group, services.preferences)) continue;
-    Status status = write(buffer, titleColumns(group, texts), language, services.codec);
+    if (!switches.allow(group.onlyIf)) continue;
+    const std::string columns = titleColumns(group, texts);
+    Status status = VNKUtil::writeTo(buffer, columns, /*isCSV=*/true, language, services.codec);
     if (!status.ok()) return status;
   }
   return buffer.append(kRowEnd);
 }
 
+// A code page holds a text or does not, so each text is written alone then;
+// UTF-8 takes the row as it is.
 Status CSVExporter::exportPerson(OutputStream& buffer, const PersonRef& person, std::string_view language,
                                  const ExportServices& services) {
+  const FieldSwitches switches(services.preferences);
+  const bool textByText = VNKUtil::hasCodePage(/*isCSV=*/true, language);
+  std::string row;
+  row.reserve(kUsualRowBytes);
   for (const Group& group : kGroups) {
-    if (!isOn(group, services.preferences)) continue;
-    for (const Write writeColumns : group.writes) {
-      Status status = write(buffer, writeColumns(person, services), language, services.codec);
+    if (!switches.allow(group.onlyIf)) continue;
+    for (const Append append : group.texts) {
+      append(row, person, services);
+      if (!textByText) continue;
+      Status status = VNKUtil::writeTo(buffer, row, /*isCSV=*/true, language, services.codec);
       if (!status.ok()) return status;
+      row.clear();
     }
   }
-  return buffer.append(kRowEnd);
+  row += kRowEnd;
+  return VNKUtil::writeTo(buffer, row, /*isCSV=*/true, language, services.codec);
 }
 
-std::string CSVExporter::CSV_N(const PersonRef& person, const ExportServices& /*services*/) {
-  std::string columns;
-  for (const PropertyID part : kNameParts) {
-    if (part != kNameParts.front()) columns += ',';
-    if (const auto text = viewText(person, part)) columns += *text;
+#define VARNOK_FIELD_FUNCTION(name, append)                                                \
+  std::string CSVExporter::name(const PersonRef& person, const ExportServices& services) { \
+    std::string columns;                                                                   \
+    append(columns, person, services);                                                     \
+    return columns;                                                                        \
   }
-  return columns;
-}
-
-std::string CSVExporter::CSV_BDAY(const PersonRef& person, const ExportServices& services) {
-  const std::optional<PropertyValue> birthday = ABRecordCopyValue(person, kABPersonBirthdayProperty);
-  std::string column = ",";
-  if (birthday) column += localDateText(std::get<Instant>(*birthday), services.clock);
-  return column;
-}
-
-std::string CSVExporter::CSV_DATE(const PersonRef& person, const ExportServices& /*services*/) {
-  const auto dates = viewEntries(person, kABPersonDateProperty);
-  const EntryView* anniversary = lastOfEach(dates, std::array{label::kAnniversary}).front();
-  std::string column = ",";
-  if (anniversary != nullptr) column += instantText(anniversary->instant);
-  return column;
-}
-
-std::string CSVExporter::CSV_TEL(const PersonRef& person, const ExportServices& /*services*/) {
-  return textColumns(person, kABPersonPhoneProperty, kPhoneLabels);
-}
-
-std::string CSVExporter::CSV_EMAIL(const PersonRef& person, const ExportServices& /*services*/) {
-  const auto emails = viewEntries(person, kABPersonEmailProperty);
-  std::string columns;
-  for (std::size_t i = 0; i < kEmailColumns; ++i) {
-    columns += ',';
-    if (i < emails.size()) columns += emails[i].text;
-  }
-  return columns;
-}
-
-std::string CSVExporter::CSV_URL(const PersonRef& person, const ExportServices& /*services*/) {
-  return textColumns(person, kABPersonURLProperty, kURLLabels);
-}
-
-std::string CSVExporter::CSV_ADR(const PersonRef& person, const ExportServices& /*services*/) {
-  std::string columns;
-  for (const EntryView* entry : lastOfEach(viewEntries(person, kABPersonAddressProperty), kAddressLabels)) {
-    columns += ',';
-    if (entry != nullptr) appendAddress(columns, entry->dictionary);
-  }
-  return columns;
-}
-
-std::string CSVExporter::CSV_NOTE(const PersonRef& person, const ExportServices& /*services*/) {
-  std::string column = ",\"";
-  if (const auto note = viewText(person, kABPersonNoteProperty)) appendOnOneLine(column, *note, "\"\"");
-  column += '"';
-  return column;
-}
+VARNOK_FIELD_FUNCTION(CSV_N, appendNames)
+VARNOK_FIELD_FUNCTION(CSV_BDAY, appendBirthday)
+VARNOK_FIELD_FUNCTION(CSV_DATE, appendAnniversary)
+VARNOK_FIELD_FUNCTION(CSV_TEL, appendPhones)
+VARNOK_FIELD_FUNCTION(CSV_EMAIL, appendEmails)
+VARNOK_FIELD_FUNCTION(CSV_URL, appendURLs)
+VARNOK_FIELD_FUNCTION(CSV_ADR, appendAddresses)
+VARNOK_FIELD_FUNCTION(CSV_NOTE, appendNote)
+#undef VARNOK_FIELD_FUNCTION
 
 }  // namespace varnok

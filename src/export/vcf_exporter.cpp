@@ -8,6 +8,7 @@
 #include "backup/files/backup_file.h"
 #include "backup/files/vnk_util.h"
 #include "export/date_text.h"
+#include "export/field_switches.h"
 #include "export/prepared_photos.h"
 
 namespace varnok {
@@ -35,42 +36,37 @@ void append(std::string& text, const Pieces&... pieces) {
   (text.append(pieces), ...);
 }
 
-// Line feeds become "\n" in letters, carriage returns go.
+// Which characters of a value are written otherwise.
+enum class Escape {
+  lineBreaks,  // A line feed becomes "\n" in letters, a carriage return goes.
+  semicolons,  // A backslash goes before each.
+  both,
+};
+
+template <Escape escape>
 void appendEscaped(std::string& text, std::string_view value) {
+  constexpr bool kLineBreaks = escape != Escape::semicolons;
+  constexpr bool kSemicolons = escape != Escape::lineBreaks;
+  const auto isSpecial = [](char c) { return (kLineBreaks && (c == '\n' || c == '\r')) || (kSemicolons && c == ';'); };
   for (;;) {
-    const auto special = std::ranges::find_if(value, [](char c) { return c == '\n' || c == '\r'; });
+    const auto special = std::ranges::find_if(value, isSpecial);
     text.append(value.begin(), special);
     if (special == value.end()) return;
     if (*special == '\n') text += "\\n";
+    if (*special == ';') text += "\\;";
     value = std::string_view(special + 1, value.end());
-  }
-}
-
-std::string withSemicolonsEscaped(std::string_view value) {
-  std::string text;
-  for (const char c : value) {
-    if (c == ';') text += '\\';
-    text += c;
-  }
-  return text;
-}
-
-void appendSemicolonsEscaped(std::string& text, std::string_view value) {
-  if (value.find(';') == std::string_view::npos) {
-    text += value;
-  } else {
-    text += withSemicolonsEscaped(value);
   }
 }
 
 // A property's lines, put at the end of a text; nothing when it has none.
 using Append = void (*)(std::string& lines, const PersonRef& person, const ExportServices& services);
 
-// The line of a single text property whose value takes the first escape.
+// The line of a single text property.
+template <Escape escape = Escape::lineBreaks>
 void appendEscapedLine(std::string& lines, std::string_view start, std::optional<std::string_view> value) {
   if (!value) return;
   lines += start;
-  appendEscaped(lines, *value);
+  appendEscaped<escape>(lines, *value);
   lines += "\r\n";
 }
 
@@ -126,10 +122,8 @@ void appendRaw(std::string& lines, const EntryView& entry) {
 // Post-office box and extended address stay empty.
 void appendAddress(std::string& lines, const EntryView& entry) {
   const DictionaryView& address = entry.dictionary;
-  std::string street;
-  appendEscaped(street, address.textOr(kAddressStreetKey));
   lines += ";;";
-  appendSemicolonsEscaped(lines, street);
+  appendEscaped<Escape::both>(lines, address.textOr(kAddressStreetKey));
   append(lines, ";", address.textOr(kABPersonAddressCityKey), ";", address.textOr(kABPersonAddressStateKey), ";",
          address.textOr(kABPersonAddressZIPKey), ";", address.textOr(kABPersonAddressCountryKey));
 }
@@ -153,7 +147,7 @@ void appendN(std::string& lines, const PersonRef& person, const ExportServices& 
   for (const PropertyID part : {kABPersonLastNameProperty, kABPersonFirstNameProperty, kABPersonMiddleNameProperty,
                                 kABPersonPrefixProperty, kABPersonSuffixProperty}) {
     lines += std::exchange(separator, ';');
-    if (const auto text = viewText(person, part)) appendEscaped(lines, *text);
+    if (const auto text = viewText(person, part)) appendEscaped<Escape::lineBreaks>(lines, *text);
   }
   lines += "\r\n";
 }
@@ -197,7 +191,7 @@ void appendAddresses(std::string& lines, const PersonRef& person, const ExportSe
 
 void appendPhones(std::string& lines, const PersonRef& person, const ExportServices& services) {
   appendList(lines, person, kTel, services,
-             [](std::string& text, const EntryView& entry) { appendSemicolonsEscaped(text, entry.text); });
+             [](std::string& text, const EntryView& entry) { appendEscaped<Escape::semicolons>(text, entry.text); });
 }
 
 void appendEmails(std::string& lines, const PersonRef& person, const ExportServices& services) {
@@ -226,13 +220,7 @@ void appendOrganization(std::string& lines, const PersonRef& person, const Expor
 }
 
 void appendNote(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
-  const std::optional<std::string_view> note = viewText(person, kABPersonNoteProperty);
-  if (!note) return;
-  if (note->find(';') == std::string_view::npos) {
-    appendEscapedLine(lines, "NOTE;CHARSET=UTF-8:", note);
-  } else {
-    appendEscapedLine(lines, "NOTE;CHARSET=UTF-8:", withSemicolonsEscaped(*note));
-  }
+  appendEscapedLine<Escape::both>(lines, "NOTE;CHARSET=UTF-8:", viewText(person, kABPersonNoteProperty));
 }
 
 void appendSocialProfiles(std::string& lines, const PersonRef& person, const ExportServices& /*services*/) {
@@ -267,30 +255,16 @@ enum class In { all, oneFile, archive };
 // The order of a card. A switch guards its property; without one it is always
 // written when the person has it.
 struct CardStep {
-  std::uint32_t onlyIf;
+  FieldSwitch onlyIf;
   Append append;
   In in = In::all;
 };
 
-// What guards a property: bit i is the switch kSwitches[i]; no bit, always.
-constexpr std::array kSwitches{key::EXPORT_CONF_PHOTOS, key::EXPORT_CONF_DATES,  key::EXPORT_CONF_ADRS,
-                               key::EXPORT_CONF_PHONES, key::EXPORT_CONF_EMAILS, key::EXPORT_CONF_NOTES,
-                               key::EXPORT_CONF_URLS};
-
-consteval std::uint32_t bitOf(std::string_view onlyIf) {
-  for (std::size_t i = 0; i < kSwitches.size(); ++i) {
-    if (kSwitches[i] == onlyIf) return 1U << i;
-  }
-  throw "no such switch";  // Does not compile.
+bool belongs(const CardStep& step, In kind, const FieldSwitches& switches) {
+  return (step.in == In::all || step.in == kind) && switches.allow(step.onlyIf);
 }
 
-// `on`: the switches that are on.
-bool belongs(const CardStep& step, In kind, std::uint32_t on) {
-  if (step.in != In::all && step.in != kind) return false;
-  return step.onlyIf == 0 || (step.onlyIf & on) != 0;
-}
-
-constexpr std::uint32_t kAlways = 0;
+constexpr FieldSwitch kAlways = FieldSwitch::none;
 
 constexpr std::array kCard{
     CardStep{kAlways, &appendBegin},
@@ -300,16 +274,16 @@ constexpr std::array kCard{
     CardStep{kAlways, &appendNickname},
     CardStep{kAlways, &appendPhoneticFirstName},
     CardStep{kAlways, &appendPhoneticLastName},
-    CardStep{bitOf(key::EXPORT_CONF_PHOTOS), &appendPhotoAsChosen},
-    CardStep{bitOf(key::EXPORT_CONF_DATES), &appendBirthday},
-    CardStep{bitOf(key::EXPORT_CONF_DATES), &appendDates, In::oneFile},
-    CardStep{bitOf(key::EXPORT_CONF_ADRS), &appendAddresses},
-    CardStep{bitOf(key::EXPORT_CONF_PHONES), &appendPhones},
-    CardStep{bitOf(key::EXPORT_CONF_EMAILS), &appendEmails},
+    CardStep{fieldSwitch(key::EXPORT_CONF_PHOTOS), &appendPhotoAsChosen},
+    CardStep{fieldSwitch(key::EXPORT_CONF_DATES), &appendBirthday},
+    CardStep{fieldSwitch(key::EXPORT_CONF_DATES), &appendDates, In::oneFile},
+    CardStep{fieldSwitch(key::EXPORT_CONF_ADRS), &appendAddresses},
+    CardStep{fieldSwitch(key::EXPORT_CONF_PHONES), &appendPhones},
+    CardStep{fieldSwitch(key::EXPORT_CONF_EMAILS), &appendEmails},
     CardStep{kAlways, &appendTitle},
     CardStep{kAlways, &appendOrganization},
-    CardStep{bitOf(key::EXPORT_CONF_NOTES), &appendNote},
-    CardStep{bitOf(key::EXPORT_CONF_URLS), &appendURLs},
+    CardStep{fieldSwitch(key::EXPORT_CONF_NOTES), &appendNote},
+    CardStep{fieldSwitch(key::EXPORT_CONF_URLS), &appendURLs},
     CardStep{kAlways, &appendSocialProfiles},
     CardStep{kAlways, &appendMessages},
     // Quirk: in an archive the dates come here, and no switch takes them out.
@@ -325,9 +299,9 @@ Status VCFExporter::exportPerson(OutputStream& buffer, const PersonRef& person, 
                                  const ExportServices& services) {
   std::optional<std::string> card(std::in_place);
   card->reserve(kUsualCardBytes);
-  const std::uint32_t on = services.preferences.boolsForKeys(kSwitches);
+  const FieldSwitches switches(services.preferences);
   for (const CardStep& step : kCard) {
-    if (belongs(step, In::oneFile, on)) step.append(*card, person, services);
+    if (belongs(step, In::oneFile, switches)) step.append(*card, person, services);
   }
   return VNKUtil::writeTo(buffer, card, /*isCSV=*/false, language, services.codec);
 }
@@ -336,9 +310,9 @@ Status VCFExporter::exportAsZip(ZipArchive& archive, const PersonRef& person, st
                                 const std::optional<std::string>& fileName, const ExportServices& services) {
   std::string card;
   const std::string_view stem = fileName ? std::string_view(*fileName) : std::string_view();
-  const std::uint32_t on = services.preferences.boolsForKeys(kSwitches);
+  const FieldSwitches switches(services.preferences);
   for (const CardStep& step : kCard) {
-    if (!belongs(step, In::archive, on)) continue;
+    if (!belongs(step, In::archive, switches)) continue;
     std::string lines;
     step.append(lines, person, services);
     VNKUtil::writeToZip(card, lines, stem, language, services.codec);
@@ -356,9 +330,9 @@ std::optional<std::string_view> VCFExporter::convertVCFLabel(std::optional<std::
 }
 
 std::int64_t VCFExporter::itemCount(const ExportServices& services) {
-  const std::int64_t number = services.preferences.integerForKey(key::itemCount);
-  services.preferences.setInteger(number + 1, key::itemCount);
-  services.preferences.synchronize().ignore("the number counts for this run; a backup does not depend on it later");
+  Status flushed;
+  const std::int64_t number = services.preferences.takeNumberForKey(key::itemCount, flushed);
+  flushed.ignore("the number counts for this run; a backup does not depend on it later");
   return number;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 
 #include "platform/value.h"
 
@@ -33,6 +34,10 @@ class Clock {
   // The instant of a wall-clock reading. A reading that a change of the clocks
   // skipped or repeated gives one of the instants beside it.
   virtual Instant instantOf(const LocalTime& local) const = 0;
+
+  // The name of the device's time zone, such as "Europe/Vienna"; "UTC" when the
+  // system does not say.
+  virtual std::string timeZone() const = 0;
 };
 
 }  // namespace varnok

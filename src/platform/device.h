@@ -16,6 +16,7 @@ struct Device {
   std::string localeIdentifier;             // "de_DE" or "de".
   std::vector<std::string> appleLanguages;  // Preferred languages, most preferred first, never empty.
   bool isPad = false;                       // A tablet.
+  int screenHeight = 0;                     // Of the upright screen, in points; 0 when it has none.
 };
 
 // The first two letters of the first preferred language, in lower case.

@@ -21,6 +21,8 @@ class FeedbackService {
   virtual void initialize(const FeedbackConfiguration& configuration) = 0;
   // Replaces the custom fields given to initialize().
   virtual void setCustomFields(const std::map<std::string, std::string>& fields) = 0;
+  // Opens the help desk over the screen in front.
+  virtual void present() = 0;
 };
 
 }  // namespace varnok

@@ -31,7 +31,11 @@ class MailComposer {
   virtual bool canSendMail() const = 0;
 
   // Shows the composer with `message`; `finished` runs once on the main thread.
+  // It stays in front until dismiss().
   virtual void present(MailMessage message, std::function<void(MailComposeResult)> finished) = 0;
+
+  // Takes the composer away, if one is shown.
+  virtual void dismiss() = 0;
 };
 
 }  // namespace varnok

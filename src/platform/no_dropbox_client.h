@@ -5,7 +5,7 @@
 namespace varnok {
 
 // For a program that has no way to the service: nobody is ever linked, no URL
-// is a redirect, an upload answers at once that it failed.
+// is a redirect, everything else answers at once that it failed.
 class NoDropboxClient : public DropboxClient {
  public:
   void setupWithAppKey(const std::string& /*appKey*/) override {}
@@ -14,8 +14,30 @@ class NoDropboxClient : public DropboxClient {
     finished({.shouldRetry = true, .invalidAppKeyOrSecret = false, .unmigrated = {}});
   }
   bool hasAuthorizedClient() const override { return false; }
-  std::optional<DropboxRedirectResult> handleRedirectURL(const std::string& /*url*/) override { return std::nullopt; }
-  void upload(DropboxUpload upload) override { upload.response(std::nullopt, "no account is linked"); }
+  void authorize(const std::function<void(const std::string& url)>& /*openURL*/) override {}
+  bool handleRedirectURL(const std::string& /*url*/,
+                         std::function<void(const DropboxRedirectResult&)> /*finished*/) override {
+    return false;
+  }
+  Status unlinkClients() override { return {}; }
+  void listFolder(const std::string& /*path*/, DropboxListing response) override {
+    response(std::nullopt, notLinked());
+  }
+  std::shared_ptr<DropboxTransfer> upload(DropboxUpload upload) override {
+    upload.response(std::nullopt, notLinked());
+    return std::make_shared<NoTransfer>();
+  }
+  std::shared_ptr<DropboxTransfer> download(DropboxDownload download) override {
+    download.response(std::nullopt, notLinked());
+    return std::make_shared<NoTransfer>();
+  }
+
+ private:
+  class NoTransfer : public DropboxTransfer {
+   public:
+    void cancel() override {}
+  };
+  static Status notLinked() { return {Status::Code::unavailable, "no account is linked"}; }
 };
 
 }  // namespace varnok

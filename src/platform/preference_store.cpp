@@ -51,6 +51,15 @@ std::int64_t truncated(double number) {
   return static_cast<std::int64_t>(number);
 }
 
+std::int64_t integerOf(const Value* value) {
+  if (value == nullptr) return 0;
+  if (const auto* text = std::get_if<std::string>(value)) return leadingNumber<std::int64_t>(*text);
+  if (const auto* flag = std::get_if<bool>(value)) return *flag ? 1 : 0;
+  if (const auto* integer = std::get_if<std::int64_t>(value)) return *integer;
+  if (const auto* real = std::get_if<double>(value)) return truncated(*real);
+  return 0;
+}
+
 std::string decimalText(double number) {
   char buffer[32];
   const auto result = std::to_chars(buffer, buffer + sizeof buffer, number);
@@ -62,11 +71,13 @@ std::string decimalText(double number) {
 void PreferenceStore::registerDefaults(ValueDictionary defaults) {
   const std::scoped_lock lock(mutex_);
   registered_ = std::move(defaults);
+  ++generation_;
 }
 
 void PreferenceStore::setVolatileValue(Value value, std::string_view key) {
   const std::scoped_lock lock(mutex_);
   volatile_.insert_or_assign(std::string(key), std::move(value));
+  ++generation_;
 }
 
 const Value* PreferenceStore::find(std::string_view key) const {
@@ -102,22 +113,23 @@ bool PreferenceStore::boolForKey(std::string_view key) const {
 
 std::uint32_t PreferenceStore::boolsForKeys(std::span<const std::string_view> keys) const {
   const std::scoped_lock lock(mutex_);
+  const std::uint64_t generation = generation_ + storedGeneration();
+  if (lastBools_.generation == generation && std::ranges::equal(keys, lastBools_.keys)) return lastBools_.bits;
   std::uint32_t bits = 0;
+  bool lasting = true;
   for (std::size_t i = 0; i < keys.size(); ++i) {
-    if (boolOf(find(keys[i]))) bits |= 1U << i;
+    const Value* value = find(keys[i]);
+    if (boolOf(value)) bits |= 1U << i;
+    lasting = lasting && (value == nullptr || std::holds_alternative<std::string>(*value));
   }
+  lastBools_.keys.clear();
+  if (lasting) lastBools_ = {{keys.begin(), keys.end()}, generation, bits};
   return bits;
 }
 
 std::int64_t PreferenceStore::integerForKey(std::string_view key) const {
   const std::scoped_lock lock(mutex_);
-  const Value* value = find(key);
-  if (value == nullptr) return 0;
-  if (const auto* text = std::get_if<std::string>(value)) return leadingNumber<std::int64_t>(*text);
-  if (const auto* flag = std::get_if<bool>(value)) return *flag ? 1 : 0;
-  if (const auto* integer = std::get_if<std::int64_t>(value)) return *integer;
-  if (const auto* real = std::get_if<double>(value)) return truncated(*real);
-  return 0;
+  return integerOf(find(key));
 }
 
 double PreferenceStore::doubleForKey(std::string_view key) const {
@@ -133,14 +145,32 @@ double PreferenceStore::doubleForKey(std::string_view key) const {
 
 void PreferenceStore::setValue(Value value, std::string_view key) {
   const std::scoped_lock lock(mutex_);
+  put(std::move(value), key);
+}
+
+std::int64_t PreferenceStore::takeNumberForKey(std::string_view key, Status& status) {
+  const std::scoped_lock lock(mutex_);
+  const std::int64_t number = integerOf(find(key));
+  put(number + 1, key);
+  status = flush();
+  return number;
+}
+
+void PreferenceStore::put(Value value, std::string_view key) {
   store(key, value);
-  if (const auto found = volatile_.find(key); found != volatile_.end()) found->second = std::move(value);
+  if (const auto found = volatile_.find(key); found != volatile_.end()) {
+    found->second = std::move(value);
+    ++generation_;
+  }
 }
 
 void PreferenceStore::removeObjectForKey(std::string_view key) {
   const std::scoped_lock lock(mutex_);
   erase(key);
-  if (const auto found = volatile_.find(key); found != volatile_.end()) volatile_.erase(found);
+  if (const auto found = volatile_.find(key); found != volatile_.end()) {
+    volatile_.erase(found);
+    ++generation_;
+  }
 }
 
 Status PreferenceStore::synchronize() {

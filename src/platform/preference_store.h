@@ -51,6 +51,7 @@ class PreferenceStore {
   bool boolForKey(std::string_view key) const;
 
   // boolForKey() of several keys at one moment: bit i for keys[i]; at most 32.
+  // Asked again for the same keys, it looks whether anything has changed.
   std::uint32_t boolsForKeys(std::span<const std::string_view> keys) const;
 
   // The number truncated, or the leading decimal integer of a text; else 0.
@@ -60,6 +61,11 @@ class PreferenceStore {
   double doubleForKey(std::string_view key) const;
 
   void setValue(Value value, std::string_view key);
+
+  // integerForKey(), then the next number stored and synchronize(), in one step.
+  // Answers the number before; `status` says how synchronize() went.
+  std::int64_t takeNumberForKey(std::string_view key, Status& status);
+
   void setObject(Value value, std::string_view key) { setValue(std::move(value), key); }
   void setBool(bool value, std::string_view key) { setValue(value, key); }
   void setInteger(std::int64_t value, std::string_view key) { setValue(value, key); }
@@ -80,17 +86,32 @@ class PreferenceStore {
   // The value that a read of `key` finds, or null; valid while mutex_ is held.
   const Value* find(std::string_view key) const;
 
+  // setValue(), while mutex_ is held.
+  void put(Value value, std::string_view key);
+
   // The stored layer. Calls are serialised by this class.
 
   // Null when nothing is stored; valid until the next call.
   virtual const Value* storedValue(std::string_view key) const = 0;
+  // Grows with every change of the stored layer, another process's included. One
+  // change may go unseen: a value of eight bytes that replaces another in place.
+  virtual std::uint64_t storedGeneration() const = 0;
   virtual void store(std::string_view key, const Value& value) = 0;
   virtual void erase(std::string_view key) = 0;
   virtual Status flush() = 0;
 
+  // What boolsForKeys() found last, right until the generation grows.
+  struct Bools {
+    std::vector<std::string> keys;
+    std::uint64_t generation = 0;
+    std::uint32_t bits = 0;
+  };
+
   mutable std::mutex mutex_;
   ValueDictionary registered_;
   ValueDictionary volatile_;
+  std::uint64_t generation_ = 0;  // Of the two layers above.
+  mutable Bools lastBools_;
 };
 
 }  // namespace varnok

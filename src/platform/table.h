@@ -23,13 +23,29 @@ struct TableSwitch {
   bool operator==(const TableSwitch&) const = default;
 };
 
+// A row that is one wide button.
+struct TableButton {
+  enum class Tone { plain, green, blue, red };  // Of its background.
+
+  std::string title;
+  bool enabled = true;
+  Tone tone = Tone::plain;
+
+  bool operator==(const TableButton&) const = default;
+};
+
 struct TableRow {
   std::string text;
   std::optional<std::string> detail;  // The value beside the text.
   RowAccessory accesorType = RowAccessory::none;
   RowSelection selectionStyle = RowSelection::none;
   bool checked = false;                      // Carries the checkmark of a choice.
+  bool marked = false;                       // Chosen, in a table of multiple selection.
   std::optional<TableSwitch> accessoryView;  // A control in the row.
+  std::optional<TableButton> button = std::nullopt;
+  std::vector<std::string> segments = {};           // Titles of a momentary segmented control.
+  std::optional<double> progress = std::nullopt;    // The filled fraction of a bar, 0 to 1.
+  std::optional<std::string> badge = std::nullopt;  // A short text at the row's end.
 
   bool operator==(const TableRow&) const = default;
 };
@@ -40,6 +56,11 @@ struct TableSection {
   std::optional<std::string> footer;
 
   bool operator==(const TableSection&) const = default;
+};
+
+struct TableHeading {
+  std::optional<std::string> title;
+  std::optional<std::string> footer;
 };
 
 // The keys under which a screen knows the parts of its table.

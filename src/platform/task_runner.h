@@ -41,8 +41,15 @@ class TaskRunner {
   // free. Many share the threads of a pool.
   virtual void detached(Task task) = 0;
 
+  // Holds the calling thread. Never on the main thread.
+  virtual void sleep(std::chrono::milliseconds time) = 0;
+
   // A queue with a thread of its own.
   virtual std::unique_ptr<SerialQueue> operationQueue() = 0;
+
+  // The same, for work that goes on until it is told to end, such as a server's.
+  // Nobody who waits for all work to be done waits for it.
+  virtual std::unique_ptr<SerialQueue> serviceQueue() = 0;
 };
 
 }  // namespace varnok

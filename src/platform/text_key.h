@@ -52,8 +52,11 @@ inline constexpr std::string_view MAILCOMPOSER_CANT_SEND = "MAILCOMPOSER_CANT_SE
 
 // List of backups.
 inline constexpr std::string_view RESTORE_MESSAGE = "RESTORE_MESSAGE";
+inline constexpr std::string_view EDIT_LIST = "EDIT_LIST";
 inline constexpr std::string_view RESTORE = "RESTORE";
 inline constexpr std::string_view LAST_BACKUP_ERROR_MESSAGE = "LAST_BACKUP_ERROR_MESSAGE";
+inline constexpr std::string_view HAND_OVER_FAILED = "HAND_OVER_FAILED";
+inline constexpr std::string_view BACKUP_UNREADABLE = "BACKUP_UNREADABLE";
 
 // Dropbox.
 inline constexpr std::string_view Dropbox = "Dropbox";
@@ -78,6 +81,10 @@ inline constexpr std::string_view DOWNLOAD_INFO_03 = "DOWNLOAD_INFO_03";
 inline constexpr std::string_view DOWNLOAD_INFO_04 = "DOWNLOAD_INFO_04";
 inline constexpr std::string_view WIFI_UPLOAD_01 = "WIFI_UPLOAD_01";
 inline constexpr std::string_view WIFI_UPLOAD_02 = "WIFI_UPLOAD_02";
+inline constexpr std::string_view ACCESS_CODE = "ACCESS_CODE";
+inline constexpr std::string_view ACCESS_CODE_INFO = "ACCESS_CODE_INFO";
+inline constexpr std::string_view ACCESS_CODE_WRONG = "ACCESS_CODE_WRONG";
+inline constexpr std::string_view ACCESS_CODE_WAIT = "ACCESS_CODE_WAIT";
 
 // Contact fields: column titles of a CSV file and labels of the browser's form.
 inline constexpr std::string_view Prefix = "Prefix";
@@ -147,6 +154,7 @@ inline constexpr std::string_view WEEK = "WEEK";
 inline constexpr std::string_view MONTH = "MONTH";
 inline constexpr std::string_view REMINDER_MESSAGE = "REMINDER_MESSAGE";
 inline constexpr std::string_view REMINDER_MESSAGE_FIRST = "REMINDER_MESSAGE_FIRST";
+inline constexpr std::string_view REMINDER_FAILED = "REMINDER_FAILED";
 inline constexpr std::string_view Backup = "Backup";
 
 // Deleting contacts.
@@ -159,5 +167,13 @@ inline constexpr std::string_view SEGMENT_REMOVE_ALL = "SEGMENT_REMOVE_ALL";
 inline constexpr std::string_view REMOVE_SELECTED_MSG = "REMOVE_SELECTED_MSG";
 inline constexpr std::string_view REMOVE_ALL_MSG = "REMOVE_ALL_MSG";
 inline constexpr std::string_view REMOVE_ALL_INFO = "REMOVE_ALL_INFO";
+
+// Buttons of several screens.
+inline constexpr std::string_view DONE = "DONE";
+inline constexpr std::string_view SEND = "SEND";
+inline constexpr std::string_view SETTINGS = "SETTINGS";
+inline constexpr std::string_view SUPPORT = "SUPPORT";
+inline constexpr std::string_view CLEAR_DUPLICATES = "CLEAR_DUPLICATES";
+inline constexpr std::string_view SCROLL_TOP = "SCROLL_TOP";
 
 }  // namespace varnok::text_key

@@ -1,5 +1,6 @@
 #include "platform/utf8.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -12,16 +13,25 @@ unsigned byteAt(std::string_view bytes, std::size_t index) {
   return static_cast<unsigned char>(bytes[index]);
 }
 
-// How many bytes at the front are ASCII, looked at eight at a time.
-std::size_t asciiPrefix(std::string_view bytes) {
+// True when the bytes of the words are all ASCII.
+template <std::size_t words>
+bool areASCII(const char* bytes) {
   constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::array<std::uint64_t, words> block;
+  std::memcpy(block.data(), bytes, sizeof block);
+  std::uint64_t bits = 0;
+  for (const std::uint64_t word : block)
+    bits |= word;
+  return (bits & kHighBits) == 0;
+}
+
+// How many bytes at the front are ASCII, looked at 32 and then eight at a time.
+std::size_t asciiPrefix(std::string_view bytes) {
   std::size_t length = 0;
-  std::uint64_t word = 0;
-  while (length + sizeof word <= bytes.size()) {
-    std::memcpy(&word, bytes.data() + length, sizeof word);
-    if ((word & kHighBits) != 0) break;
-    length += sizeof word;
-  }
+  while (length + 32 <= bytes.size() && areASCII<4>(bytes.data() + length))
+    length += 32;
+  while (length + 8 <= bytes.size() && areASCII<1>(bytes.data() + length))
+    length += 8;
   while (length < bytes.size() && byteAt(bytes, length) < 0x80)
     ++length;
   return length;
@@ -64,10 +74,13 @@ Sequence sequenceAt(std::string_view bytes) {
 bool isValidUTF8(std::string_view bytes) {
   for (;;) {
     bytes.remove_prefix(asciiPrefix(bytes));
+    // What is not ASCII comes in words.
+    while (!bytes.empty() && byteAt(bytes, 0) >= 0x80) {
+      const Sequence sequence = sequenceAt(bytes);
+      if (!sequence.valid) return false;
+      bytes.remove_prefix(sequence.length);
+    }
     if (bytes.empty()) return true;
-    const Sequence sequence = sequenceAt(bytes);
-    if (!sequence.valid) return false;
-    bytes.remove_prefix(sequence.length);
   }
 }
 

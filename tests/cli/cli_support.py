@@ -9,6 +9,7 @@ import dataclasses
 import json
 import os
 import pathlib
+import re
 import shutil
 import sqlite3
 import subprocess
@@ -16,11 +17,17 @@ import sys
 import tempfile
 import time
 import unittest
+import zipfile
 
 TIME_LIMIT = 120  # Seconds; only a program that hangs reaches it.
 
-# Preferences that are set in a home before it is mistreated.
+# Preferences that are set in a home before it is mistreated, and the time of its last vCard backup.
 KEPT_SETTINGS = {"REMINDER": "YES", "EVERY": "WEEK"}
+LAST_BACKUP = 981173106.5
+
+# The command for a backup of each type.
+BACKUP = {"vcf": ("backup", "--type", "vcf", "--single"), "csv": ("backup", "--type", "csv"),
+          "zip": ("backup", "--type", "vcf", "--multiple")}
 
 program = ""  # The path of varnokctl; main() sets it.
 
@@ -94,24 +101,26 @@ class Home:
     def setting(self, key):
         return self.json("settings", "get", key)[key]
 
-    def vcards(self):
-        """The contents of the vCard files in the documents directory, by name; hidden ones too."""
-        return {path.name: path.read_bytes() for path in sorted(self.documents.glob("*.vcf"))}
+    def backups(self):
+        """What the backups in the documents directory hold, by name; hidden ones too."""
+        return {path.name: holding(path) for path in sorted(self.documents.iterdir()) if path.suffix[1:] in BACKUP}
 
     def stale_parts(self):
         return [path.name for path in self.documents.iterdir() if ".part-" in path.name]
-
-    def keep_only(self, names):
-        """Deletes the other vCard files, behind the program's back."""
-        for name in self.vcards():
-            if name not in names:
-                (self.documents / name).unlink()
 
     def copy_to(self, path):
         """A copy of the home, in place of what `path` held."""
         shutil.rmtree(path, ignore_errors=True)
         shutil.copytree(self.path, path)
         return Home(path)
+
+
+def holding(backup):
+    """The bytes of a file; of an archive its cards, with their names but for the number that chance gave them."""
+    if backup.suffix != ".zip":
+        return backup.read_bytes()
+    with zipfile.ZipFile(backup) as archive:
+        return tuple((re.sub(r"\d+\.vcf$", "", card.filename), archive.read(card)) for card in archive.infolist())
 
 
 class Case(unittest.TestCase):
@@ -132,8 +141,8 @@ class Case(unittest.TestCase):
         path.write_bytes(content if isinstance(content, bytes) else content.encode())
         return path
 
-    def home_with_backup(self, text):
-        """A home with the people of `text`, KEPT_SETTINGS, and one backup with photos as they are.
+    def home_with_backup(self, text, command=(*BACKUP["vcf"], "--set", "EXPORT_CONF_SHRINK=NO")):
+        """A home with the people of `text`, KEPT_SETTINGS, LAST_BACKUP and the backup that `command` makes.
 
         A backup's name has its second. This waits for the next one, so that no other backup replaces it.
         """
@@ -141,7 +150,8 @@ class Case(unittest.TestCase):
         home.import_text(text)
         for key, value in KEPT_SETTINGS.items():
             home.ok("settings", "set", key, value)
-        home.ok("backup", "--quiet", "--set", "EXPORT_CONF_SHRINK=NO")
+        home.ok(*command, "--quiet")
+        home.ok("settings", "set", "EXPORT_LAST", str(LAST_BACKUP))
         time.sleep(1.1)
         return home
 
@@ -153,8 +163,8 @@ class Case(unittest.TestCase):
     def assertNothingLost(self, home, earlier, counts):
         """What holds after every failure.
 
-        `earlier` are the backups that must be there, contents by name. A backup beside them holds the same book, so
-        it is whole when its bytes are theirs. `counts` are the numbers of contacts that are right.
+        `earlier` are the backups that were there. Others hold the same book, so they are whole when they hold what
+        one of these does. `counts` are the numbers of contacts that are right.
         """
         with self.subTest("backups"):
             self.assertWholeBackups(home, earlier)
@@ -165,16 +175,36 @@ class Case(unittest.TestCase):
         with self.subTest("preferences"):
             settings = home.json("settings")
             self.assertEqual({key: settings[key]["value"] for key in KEPT_SETTINGS}, KEPT_SETTINGS)
+            if not any(name.endswith(".vcf") for name in set(home.backups()) - set(earlier)):
+                self.assertEqual(settings["EXPORT_LAST"]["value"], LAST_BACKUP)
         with self.subTest("stale parts"):
             self.assertEqual(home.stale_parts(), [])
 
     def assertWholeBackups(self, home, earlier):
         listed = {backup["name"]: backup["bytes"] for backup in home.json("backups", "--all")}
-        there = home.vcards()
-        self.assertEqual(listed, {name: len(content) for name, content in there.items()})
-        self.assertLessEqual(set(earlier), set(there), "an earlier backup is missing")
+        there = home.backups()
+        self.assertEqual(listed, {name: (home.documents / name).stat().st_size for name in there})
         whole = set(earlier.values())
         self.assertEqual([name for name, content in there.items() if content not in whole], [], "not whole")
+        vcards = {name for name in earlier if name.endswith(".vcf")}
+        self.assertLessEqual(vcards, set(there), "an earlier vCard backup is missing")
+        self.assertEqual(types(earlier), types(there), "an earlier backup went before there was a newer one")
+
+    def assertBackedUp(self, home, earlier):
+        """What a backup that worked has changed: another vCard file and its time, or all of its type replaced."""
+        new, gone = set(home.backups()) - set(earlier), set(earlier) - set(home.backups())
+        self.assertEqual(len(new), 1)
+        last = home.setting("EXPORT_LAST")["value"]
+        if types(new) == {".vcf"}:
+            self.assertEqual(gone, set())
+            self.assertGreater(last, LAST_BACKUP)
+        else:
+            self.assertEqual(gone, {name for name in earlier if types([name]) == types(new)})
+            self.assertEqual(last, LAST_BACKUP)
+
+
+def types(names):
+    return {pathlib.PurePath(name).suffix for name in names}
 
 
 def main():

@@ -366,9 +366,9 @@ class RunningBackup(cli_support.Case):
         self.book = self.home()
         self.book.import_text(make_book.book(150, photo_every=1))
 
-    def running(self):
+    def running(self, kind="vcf"):
         """A backup that has begun to write."""
-        process = self.book.start("backup", "--json", "--quiet")
+        process = self.book.start(*cli_support.BACKUP[kind], "--json", "--quiet")
         until = time.monotonic() + cli_support.TIME_LIMIT
         while not (self.book.documents.exists() and self.book.stale_parts()):
             self.assertIsNone(process.poll(), "the backup has ended before it could be watched")
@@ -389,20 +389,25 @@ class RunningBackup(cli_support.Case):
         first = cli_support.finish(process)
         self.assertEqual(first.code, 0, first.err)
         self.assertEqual(first.json["contacts"], 150)
-        self.assertEqual(list(self.book.vcards()), [first.json["name"]])
+        self.assertEqual(list(self.book.backups()), [first.json["name"]])
 
     def test_interrupt_is_the_cancel_button(self):
-        self.book.ok("backup", "--set", "EXPORT_CONF_PHOTOS=NO")
-        earlier = self.book.vcards()
-        last = self.book.setting("EXPORT_LAST")
-        for number in (signal.SIGINT, signal.SIGTERM):
-            with self.subTest(number.name):
-                process = self.running()
-                process.send_signal(number)
-                result = cli_support.finish(process)
-                self.assertEqual((result.code, result.out), (130, ""))
-                self.assertEqual((self.book.vcards(), self.book.stale_parts()), (earlier, []))
-                self.assertEqual(self.book.setting("EXPORT_LAST"), last)
+        for kind in ("vcf", "zip", "csv"):
+            if kind == "csv":  # Has no photos, but must take long too.
+                self.book.import_text(make_book.book(30_000))
+            quick = (*cli_support.BACKUP[kind], "--set", "EXPORT_CONF_PHOTOS=NO")
+            self.book.ok(*quick)
+            earlier = self.book.backups()
+            last = self.book.setting("EXPORT_LAST")
+            for number in (signal.SIGINT, signal.SIGTERM):
+                with self.subTest(kind, signal=number.name):
+                    process = self.running(kind)
+                    process.send_signal(number)
+                    result = cli_support.finish(process)
+                    self.assertEqual((result.code, result.out), (130, ""))
+                    self.assertEqual((self.book.backups(), self.book.stale_parts()), (earlier, []))
+                    self.assertEqual(self.book.setting("EXPORT_LAST"), last)
+            self.book.ok(*quick)
 
 
 class Backups(cli_support.Case):
@@ -558,12 +563,12 @@ class DamagedFiles(cli_support.Case):
 
     def assertRefused(self, home, file, command):
         before = file.read_bytes()
-        backups = home.vcards()
+        backups = home.backups()
         result = home.run(*command)
         self.assertSaysOneLine(result)
         self.assertIn(str(file), result.err)
         self.assertEqual(file.read_bytes(), before)
-        self.assertEqual((home.vcards(), home.stale_parts()), (backups, []))
+        self.assertEqual((home.backups(), home.stale_parts()), (backups, []))
 
     def sql(self, file, statement):
         with contextlib.closing(sqlite3.connect(file)) as database:

@@ -1,8 +1,9 @@
 /* Preloaded into a program: makes one of its changes to a folder's files fail.
  *
  * Counts the calls that write, flush, resize or rename regular files below
- * VARNOK_FAULT_FOLDER, and flushes of the folders there. The call with the
- * number VARNOK_FAULT_NUMBER (from 1; 0 or unset: none) meets VARNOK_FAULT_KIND:
+ * VARNOK_FAULT_FOLDER, and flushes of it and of the folders there. The call with
+ * the number VARNOK_FAULT_NUMBER (from 1; 0 or unset: none) meets
+ * VARNOK_FAULT_KIND:
  *
  *   EIO     it fails, once
  *   ENOSPC  it fails, and so does whatever needs space afterwards: a full disk
@@ -63,14 +64,14 @@ __attribute__((destructor)) static void report_calls(void) {
   report("calls", "-", atomic_load(&calls));
 }
 
-static bool is_below_folder(const char* path) {
+static bool is_folder_or_below(const char* path) {
   const char* folder = setting("VARNOK_FAULT_FOLDER");
   const size_t length = strlen(folder);
-  return length > 0 && strncmp(path, folder, length) == 0 && path[length] == '/';
+  return length > 0 && strncmp(path, folder, length) == 0 && (path[length] == '/' || path[length] == '\0');
 }
 
 static enum fate fate_of(const char* call, const char* path, bool writes) {
-  if (!is_below_folder(path)) return GO_AHEAD;
+  if (!is_folder_or_below(path)) return GO_AHEAD;
   const int number = atomic_fetch_add(&calls, 1) + 1;
   if (writes && atomic_load(&disk_is_full)) {
     errno = ENOSPC;

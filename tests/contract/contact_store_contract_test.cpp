@@ -284,6 +284,30 @@ TEST_P(ContactStoreContract, ManyThreadsSaveAndNothingIsLost) {
 INSTANTIATE_TEST_SUITE_P(, ContactStoreContract, testing::Values(kInMemory, kSQLite),
                          [](const auto& tested) { return tested.param.name; });
 
+// --- A connection that is kept from handle to handle ---
+
+int countIn(ContactStoreProvider& provider) {
+  Status status;
+  const auto store = provider.open(status);
+  EXPECT_TRUE(status.ok()) << status.message();
+  return store == nullptr ? -1 : store->personCount();
+}
+
+TEST(SQLiteContactStore, AKeptConnectionFollowsOthersAndAReplacedFile) {
+  const TemporaryDirectory directory;
+  const auto ours = kSQLite.make(directory);
+  EXPECT_EQ(countIn(*ours), 0);
+  {
+    Status status;
+    const auto others = kSQLite.make(directory)->open(status);
+    ASSERT_TRUE(others->addRecord(ABPersonCreate()).ok());
+    ASSERT_TRUE(others->save().ok());
+  }
+  EXPECT_EQ(countIn(*ours), 1);
+  std::filesystem::rename(directory.file("contacts.db"), directory.file("earlier.db"));
+  EXPECT_EQ(countIn(*ours), 0);
+}
+
 // --- The random walk ---
 
 using Random = std::mt19937;

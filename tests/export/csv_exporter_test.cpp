@@ -12,9 +12,6 @@ namespace {
 struct Surroundings : ExportSurroundings {
   FakeTextCatalog texts;
 
-  std::string header() const {
-    return written([&](OutputStream& stream) { return CSVExporter::exportTitle(stream, "en", texts, services); });
-  }
   std::string row(const PersonRef& person) const {
     return written([&](OutputStream& stream) { return CSVExporter::exportPerson(stream, person, "en", services); });
   }
@@ -128,46 +125,6 @@ INSTANTIATE_TEST_SUITE_P(
                     person().address(kHome, Dictionary{{"Street", "\"1\"\r\nSt"}, {"City", "\"c\"\n"}}),
                     ",,1 St \"c\"\n   "}),
     [](const auto& tested) { return tested.param.name; });
-
-struct GroupText {
-  std::string_view onlyIf;
-  std::string header;
-  std::string row;
-};
-
-TEST(CSVRows, EachSwitchTakesItsColumnsFromHeaderAndRow) {
-  const std::vector<GroupText> kGroups{
-      {"", "Prefix,First Name,Middle Name,Last Name,Suffix,Organization,Department,Title,Nickname", ",Ada,,,,,,,"},
-      {key::EXPORT_CONF_DATES, ",Birthday,Anniversary", ",2024-03-05,1970-01-01 00:00:00 +0000"},
-      {key::EXPORT_CONF_PHONES, ",Mobile,iPhone,Work,Home,Main,Home Fax,Work Fax,Pager,Other", ",1,,,,,,,,"},
-      {key::EXPORT_CONF_EMAILS, ",Home,Work,Email,Email,Email,Email", ",e1,e2,,,,"},
-      {key::EXPORT_CONF_URLS, ",Home Page,Home,Work", ",,,w"},
-      {key::EXPORT_CONF_ADRS, ",Home,Work", ",,1 St    "},
-      {key::EXPORT_CONF_NOTES, ",Note", ",\"n\""},
-      {key::EXPORT_CONF_PHOTOS, "", ""},
-  };
-  const PersonRef ada = withEmails(2)
-                            .firstName("Ada")
-                            .birthday(kInstant)
-                            .date(kAnniversary, 0)
-                            .phone(kMobile, "1")
-                            .entry(kABPersonURLProperty, kWork, EntryValue(std::string("w")))
-                            .address(kHome, Dictionary{{"Street", "1 St"}})
-                            .note("n")
-                            .image("10x10");
-  for (const GroupText& off : kGroups) {
-    Surroundings surroundings;
-    if (!off.onlyIf.empty()) surroundings.preferences.setObject("NO", off.onlyIf);
-    GroupText expected;
-    for (const GroupText& group : kGroups) {
-      if (group.onlyIf == off.onlyIf && !off.onlyIf.empty()) continue;
-      expected.header += group.header;
-      expected.row += group.row;
-    }
-    EXPECT_EQ(surroundings.header(), expected.header + "\r") << off.onlyIf;
-    EXPECT_EQ(surroundings.row(ada), expected.row + "\r") << off.onlyIf;
-  }
-}
 
 TEST(CSVRows, BadTextIsMadeValidAndAFullDiskIsReported) {
   const Surroundings surroundings;

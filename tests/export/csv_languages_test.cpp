@@ -1,11 +1,10 @@
-// Whole CSV files in the users' languages, with the real texts and code pages.
+// CSV texts in the users' languages, with the real code pages.
 
 #include <gtest/gtest.h>
 
 #include "app/preferences/preference_keys.h"
 #include "export/csv_exporter.h"
 #include "platform/linux/text/icu_text_codec.h"
-#include "platform/linux/text/mo_text_catalog.h"
 #include "platform/testing/fake_clock.h"
 #include "platform/testing/fake_image_codec.h"
 #include "platform/testing/fake_random_source.h"
@@ -35,36 +34,6 @@ std::string csvOf(const std::vector<PersonRef>& people, const std::string& langu
   EXPECT_TRUE(stream->commit().ok());
   return disk.files["csv"];
 }
-
-std::vector<PersonRef> people() {
-  const auto built = [](const std::string& first, const std::string& last, const std::string& note) -> PersonRef {
-    return person()
-        .firstName(first)
-        .lastName(last)
-        .birthday(0)
-        .phone(std::string(label::kMobile), "+90 555")
-        .email(std::nullopt, "a@example.org")
-        .address(std::string(label::kHome), Dictionary{{"Street", "1 \"Main\" St\nFlat 2"}, {"City", "İzmir"}})
-        .note(note);
-  };
-  return {
-      built("Ayşe", "Işık", "\"Ağabey\", dedi"), built("太郎", "山田", "東京"),
-      built("Jürgen", "Größe", "Straße"),        built("שרה", "לוי", "שלום"),
-      built("Ωμέγα", "Άλφα", "Ελλάδα"),          built("Zoé", "a\u200Db", "plain"),
-  };
-}
-
-class CSVFile : public testing::TestWithParam<std::string> {};
-
-TEST_P(CSVFile, GoldenOfALanguage) {
-  const std::vector<std::string> languages{GetParam()};
-  const auto texts = MoTextCatalog::load(VARNOK_TEXTS_DIR, languages);
-  ASSERT_EQ(texts->language(), GetParam());
-  EXPECT_TRUE(matchesGolden("csv/people_" + GetParam() + ".csv", csvOf(people(), GetParam(), *texts)));
-}
-
-INSTANTIATE_TEST_SUITE_P(, CSVFile, testing::Values("en", "de", "tr", "he", "el"),
-                         [](const auto& tested) { return tested.param; });
 
 // The columns of `person` in a file of `language`, without the header.
 std::string rowOf(const PersonRef& person, const std::string& language) {

@@ -5,7 +5,6 @@
 #include "app/preferences/preference_keys.h"
 #include "backup/files/vnk_util.h"
 #include "support/export_surroundings.h"
-#include "support/golden.h"
 #include "support/person_builder.h"
 
 namespace varnok {
@@ -145,61 +144,10 @@ TEST(VCardPhoto, GoesOutReducedAsStoredOrAsItIs) {
   EXPECT_EQ(VCFExporter::vCard_PHOTO(person(), true, surroundings.services), std::nullopt);
 }
 
-PersonRef everything() {
-  return person()
-      .firstName("Ada")
-      .lastName("Ünal")
-      .text(kABPersonNicknameProperty, "Countess")
-      .text(kABPersonFirstNamePhoneticProperty, "ei-da")
-      .text(kABPersonOrganizationProperty, "ACME")
-      .text(kABPersonJobTitleProperty, "Analyst")
-      .note("likes; engines")
-      .birthday(kInstant)
-      .phone(kMobile, "1")
-      .phone("boat", "2")
-      .email(kHome, "a@example.org")
-      .entry(kABPersonURLProperty, std::string(label::kHomePage), EntryValue(std::string("https://example.org")))
-      .entry(kABPersonRelatedNamesProperty, "brother", EntryValue(std::string("Byron")))
-      .date(std::string(label::kAnniversary), kInstant)
-      .address(kWork, Dictionary{{"Street", "1 St"}, {"City", "L"}, {"State", "S"}, {"ZIP", "Z"}, {"Country", "UK"}})
-      .entry(kABPersonInstantMessageProperty, kHome, Dictionary{{"service", "Jabber"}, {"username", "ada"}})
-      .entry(kABPersonSocialProfileProperty, std::nullopt, Dictionary{{"service", "web"}, {"username", "ada"}})
-      .image("10x10");
-}
-
-TEST(VCardCard, GoldenWithEveryProperty) {
-  Surroundings surroundings;
-  EXPECT_TRUE(matchesGolden("vcard/everything.vcf", surroundings.card(everything())));
-}
-
 TEST(VCardCard, OfAPersonWithoutAnything) {
   Surroundings surroundings;
   EXPECT_EQ(surroundings.card(person()),
             "BEGIN:VCARD\r\nVERSION:3.0\r\nN;CHARSET=UTF-8:;;;;\r\nORG;CHARSET=UTF-8:;\r\nEND:VCARD\r\n\n");
-}
-
-TEST(VCardCard, EachSwitchTakesItsLinesAndNoOthers) {
-  const std::map<std::string_view, std::vector<std::string>> kLines{
-      {key::EXPORT_CONF_PHONES, {"TEL;", "item0.TEL"}},
-      {key::EXPORT_CONF_EMAILS, {"EMAIL"}},
-      {key::EXPORT_CONF_URLS, {".URL"}},
-      {key::EXPORT_CONF_ADRS, {"ADR"}},
-      {key::EXPORT_CONF_DATES, {"BDAY", "X-ABDATE"}},
-      {key::EXPORT_CONF_NOTES, {"NOTE"}},
-      {key::EXPORT_CONF_PHOTOS, {"PHOTO"}},
-  };
-  for (const auto& [off, unused] : kLines) {
-    Surroundings surroundings;
-    surroundings.preferences.setObject("NO", off);
-    const std::string card = surroundings.card(everything());
-    for (const auto& [switched, lines] : kLines) {
-      for (const std::string& line : lines) {
-        // Item numbers move when an earlier group goes.
-        const std::string name = line.substr(line.find('.') == std::string::npos ? 0 : line.find('.'));
-        EXPECT_EQ(card.find(name) == std::string::npos, switched == off) << off << " off, " << name;
-      }
-    }
-  }
 }
 
 TEST(VCardCard, ItemNumbersRunThroughAllCardsAndBadTextIsMadeValid) {

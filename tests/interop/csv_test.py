@@ -15,6 +15,7 @@ TESTS = pathlib.Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(TESTS / "cli"))
 
 import cli_support  # noqa: E402
+import make_book  # noqa: E402
 
 PEOPLE = """BEGIN:VCARD
 VERSION:3.0
@@ -43,6 +44,34 @@ AYSE = [*NAMES, "1990-05-17", "", "2", "", "", "", "", "", "", "3", "", "a@examp
         "https://example.org", "", "Cadde 1 Kat 2 İzmir  35000 TR", '"Merhaba", dedi; son']
 TARO = ["", "太郎", "", "山田", *[""] * 27, "東京"]
 
+NAME_PROPERTIES = [f"kABPerson{part}Property" for part in ("Prefix", "FirstName", "MiddleName", "LastName", "Suffix",
+                                                           "Organization", "Department", "JobTitle", "Nickname")]
+PHONE_LABELS = ["_$!<Mobile>!$_", "iPhone", "_$!<Work>!$_", "_$!<Home>!$_", "_$!<Main>!$_", "_$!<HomeFAX>!$_",
+                "_$!<WorkFAX>!$_", "_$!<Pager>!$_", "_$!<Other>!$_"]
+ADDRESS_LABELS = ["_$!<Work>!$_", "_$!<Home>!$_"]
+ADDRESS_KEYS = ["Street", "City", "State", "ZIP", "Country"]
+
+
+def on_one_line(text):
+    return text.replace("\n", " ").replace("\r", "")
+
+
+def expected_row(properties):
+    """The columns of a person without web addresses and anniversary, whose values have no commas."""
+    def entries(name):
+        return [(entry["label"], entry["value"]) for entry in properties.get(f"kABPerson{name}Property", [])]
+
+    phones, addresses = dict(entries("Phone")), dict(entries("Address"))  # The last of a label wins.
+    emails = [address for _, address in entries("Email")][:6]
+    cleaned = [{**addresses[label], "Street": on_one_line(addresses[label].get("Street", "")).replace('"', "")}
+               if label in addresses else None for label in ADDRESS_LABELS]
+    return [*(properties.get(name, "") for name in NAME_PROPERTIES),
+            properties.get("kABPersonBirthdayProperty", "")[:10], "",
+            *(phones.get(label, "") for label in PHONE_LABELS),
+            *emails, *[""] * (6 - len(emails)), *[""] * 3,
+            *("" if address is None else " ".join(address.get(key, "") for key in ADDRESS_KEYS) for address in cleaned),
+            on_one_line(properties.get("kABPersonNoteProperty", ""))]
+
 
 class CrossReading(unittest.TestCase):
     def setUp(self):
@@ -68,6 +97,14 @@ class CrossReading(unittest.TestCase):
         self.assertEqual(header[:4], ["Prefix", "First Name", "Middle Name", "Last Name"])
         self.assertEqual(len(header), len(AYSE))
         self.assertEqual(rows, [AYSE, TARO])
+
+    def test_whole_book(self):
+        home = cli_support.Home(self.folder / "home")
+        home.import_text(make_book.book(120))
+        path = pathlib.Path(home.json("--language", "en", "backup", "--quiet", "--type", "csv")["path"])
+        _, *rows = csv.reader(io.StringIO(path.read_bytes().decode(), newline=""))
+        people = [home.json("contacts", "show", str(person["id"]))["properties"] for person in home.json("contacts")]
+        self.assertEqual(rows, [expected_row(properties) for properties in people])
 
     def test_code_page(self):
         header, ayse, taro, end = self.backup("tr").split(b"\r")

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -107,6 +108,37 @@ TEST(PreferenceStore, ASetChangesTheRunLayerToo) {
   store.setInteger(5, "key");
   EXPECT_EQ(store.integerForKey("key"), 5);
   EXPECT_EQ(store.originOf("key"), PreferenceStore::Origin::run);
+}
+
+TEST(PreferenceStore, SwitchesReadTogetherFollowEveryChange) {
+  constexpr std::array<std::string_view, 2> kKeys{"one", "two"};
+  constexpr std::array<std::string_view, 1> kOther{"other"};
+  InMemoryPreferenceStore store;
+  EXPECT_EQ(store.boolsForKeys(kKeys), 0b00U);
+  store.registerDefaults({{"one", "YES"}, {"two", "NO"}, {"other", "YES"}});
+  EXPECT_EQ(store.boolsForKeys(kKeys), 0b01U);
+  EXPECT_EQ(store.boolsForKeys(kOther), 0b1U);
+  store.setValue("YES", "two");
+  EXPECT_EQ(store.boolsForKeys(kKeys), 0b11U);
+  store.setBool(false, "one");
+  EXPECT_EQ(store.boolsForKeys(kKeys), 0b10U);
+  store.removeObjectForKey("one");
+  EXPECT_EQ(store.boolsForKeys(kKeys), 0b11U);
+  store.setVolatileValue("NO", "one");
+  EXPECT_EQ(store.boolsForKeys(kKeys), 0b10U);
+  store.setValue("YES", "one");
+  EXPECT_EQ(store.boolsForKeys(kKeys), 0b11U);
+}
+
+TEST(PreferenceStore, TakesNumbersInTurn) {
+  InMemoryPreferenceStore store;
+  store.flushStatus = {Status::Code::noSpace, "full"};
+  Status status;
+  EXPECT_EQ(store.takeNumberForKey("key", status), 0);
+  EXPECT_EQ(status.code(), Status::Code::noSpace);
+  EXPECT_EQ(store.takeNumberForKey("key", status), 1);
+  EXPECT_EQ(store.integerForKey("key"), 2);
+  EXPECT_EQ(store.flushes, 2);
 }
 
 }  // namespace

@@ -32,13 +32,17 @@ struct TestApplication {
   InMemoryFileSystem files;
   FakeTextCatalog texts;
   FakeTextCodec codec;
+  FakeTextCollation collation;
   FakeClock clock;
+  FakeDateFormatter dates;
   FakeRandomSource random;
   FakeImageCodec images;
   ManualTaskRunner tasks;
   RecordingPresenter presenter;
   NotificationCenter notifications;
+  FakeNotificationScheduler reminders;
   FakeMailComposer mail;
+  FakeDocumentHandOver handOver;
   FakeIdleTimer idleTimer;
   FakeDropboxClient dropboxClient;
   FakeDeveloperLog log;
@@ -54,9 +58,10 @@ struct TestApplication {
   TestApplication() { VarnokAppDelegate::initialize(preferences); }
 
   Services services() {
-    return {preferences,   contacts,  files,         texts,  codec,     clock,         random,  images,
-            tasks,         presenter, notifications, mail,   idleTimer, dropboxClient, dropbox, rating,
-            crashReporter, feedback,  log,           device, "/docs",   "/lock"};
+    return {preferences,   contacts, files,   texts,     codec,         collation,     clock,
+            dates,         random,   images,  tasks,     presenter,     notifications, reminders,
+            mail,          handOver, network, idleTimer, dropboxClient, dropbox,       rating,
+            crashReporter, feedback, log,     device,    "/docs",       "/lock",       "/Web"};
   }
 
   void launch(const LaunchOptions& options = {}) {

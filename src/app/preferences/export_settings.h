@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "platform/preference_store.h"
@@ -16,5 +17,9 @@ std::string backupFileType(const PreferenceStore& preferences);
 
 // The next backup is a single vCard file.
 bool singleVCFChosen(const PreferenceStore& preferences);
+
+// When the last single-file vCard backup was made; nothing when there was none.
+// A stored time before the year 1 or after 9999 reads as the nearest within.
+std::optional<Instant> timeOfLastBackup(const PreferenceStore& preferences);
 
 }  // namespace varnok

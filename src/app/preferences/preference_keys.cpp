@@ -39,6 +39,11 @@ constexpr std::array kKeys{
     PreferenceKey{key::kAppiraterRatedCurrentVersion, Kind::boolean},
     PreferenceKey{key::kAppiraterDeclinedToRate, Kind::boolean},
     PreferenceKey{key::kAppiraterReminderRequestDate, Kind::seconds},
+    PreferenceKey{key::WEB_ACCESS_CODE, Kind::onOff},
+    PreferenceKey{key::WEB_READ_ONLY, Kind::onOff},
+    PreferenceKey{key::WEB_REQUEST_LOG, Kind::onOff},
+    PreferenceKey{key::WEB_INTERFACE, Kind::text},
+    PreferenceKey{key::WEB_HOST_NAMES, Kind::text},
     PreferenceKey{key::AppleLanguages, Kind::readOnly},
 };
 

@@ -55,6 +55,15 @@ inline constexpr std::string_view kAppiraterCurrentVersion = "kAppiraterCurrentV
 inline constexpr std::string_view kAppiraterRatedCurrentVersion = "kAppiraterRatedCurrentVersion";
 inline constexpr std::string_view kAppiraterDeclinedToRate = "kAppiraterDeclinedToRate";
 inline constexpr std::string_view kAppiraterReminderRequestDate = "kAppiraterReminderRequestDate";
+// The web access asks a browser for a code; refuses every change; writes each
+// request to the log. Switches.
+inline constexpr std::string_view WEB_ACCESS_CODE = "WEB_ACCESS_CODE";
+inline constexpr std::string_view WEB_READ_ONLY = "WEB_READ_ONLY";
+inline constexpr std::string_view WEB_REQUEST_LOG = "WEB_REQUEST_LOG";
+// The one interface that it listens on, by name or address.
+inline constexpr std::string_view WEB_INTERFACE = "WEB_INTERFACE";
+// Further names under which it is reached, separated by commas.
+inline constexpr std::string_view WEB_HOST_NAMES = "WEB_HOST_NAMES";
 // Language codes, most preferred first. The platform's: read only.
 inline constexpr std::string_view AppleLanguages = "AppleLanguages";
 // Left behind by a run that did not end; removed by one that does.

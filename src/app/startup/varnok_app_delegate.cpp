@@ -1,9 +1,8 @@
 #include "app/startup/varnok_app_delegate.h"
 
-#include <chrono>
-
 #include <fmt/format.h>
 
+#include "app/preferences/export_settings.h"
 #include "app/preferences/preference_keys.h"
 #include "contacts/address_book.h"
 
@@ -20,10 +19,24 @@ std::string country(const std::string& localeIdentifier) {
   return bar == std::string::npos ? localeIdentifier : localeIdentifier.substr(bar + 1);
 }
 
-std::string lastBackupText(double seconds, const Clock& clock) {
-  if (seconds == 0.0) return "-";
-  const LocalTime local = clock.localTime(Instant(std::chrono::seconds(static_cast<std::int64_t>(seconds))));
+std::string lastBackupText(const PreferenceStore& preferences, const Clock& clock) {
+  const std::optional<Instant> last = timeOfLastBackup(preferences);
+  if (!last) return "-";
+  const LocalTime local = clock.localTime(*last);
   return fmt::format("{:02}-{:02}-{:04} {:02}:{:02}", local.day, local.month, local.year, local.hour, local.minute);
+}
+
+void signInEnded(const Services& services, const DropboxRedirectResult& result) {
+  switch (result.outcome) {
+    case DropboxRedirectResult::Outcome::success:
+      services.log.write("Success! User is logged into Dropbox.");
+      if (services.dropboxClient.hasAuthorizedClient()) services.notifications.post("returnMainMenu");
+      break;
+    case DropboxRedirectResult::Outcome::cancelled:
+      services.log.write("Authorization flow was manually canceled by user!");
+      break;
+    case DropboxRedirectResult::Outcome::error: services.log.write("Error: " + result.description); break;
+  }
 }
 
 }  // namespace
@@ -40,7 +53,7 @@ bool VarnokAppDelegate::didFinishLaunchingWithOptions(const LaunchOptions& optio
   markFirstLaunch();
   // A reminder asks for a backup that can be restored, whatever was chosen last.
   if (options.localNotification) services_.preferences.setObject("vcf", key::EXPORT_TYPE);
-  viewController_ = std::make_unique<VarnokViewController>(viewServices());
+  viewController_ = std::make_unique<VarnokViewController>(viewServices(services_));
   window_ = {viewController_.get(), /*keyAndVisible=*/true, StatusBarStyle::lightContent};
   viewController_->viewDidLoad();
   startFeedback();
@@ -64,27 +77,17 @@ void VarnokAppDelegate::startFeedback() {
 std::string VarnokAppDelegate::deviceDataLine() {
   const Device& device = services_.device;
   const auto addressBook = ABAddressBookCreateWithOptions(services_.contacts);
-  const double last = services_.preferences.doubleForKey(key::EXPORT_LAST);
   return fmt::format("{} V{} , {} , iOS{} , Country:{} , Language:{} , Contacts Count:{}, Last Backup:{}",
                      device.displayName == "Varnok" ? "VNKPro" : "VNK", device.version, device.modelName,
                      device.systemVersion, country(device.localeIdentifier), device.appleLanguages.front(),
-                     ABAddressBookGetPersonCount(addressBook.get()), lastBackupText(last, services_.clock));
+                     ABAddressBookGetPersonCount(addressBook.get()),
+                     lastBackupText(services_.preferences, services_.clock));
 }
 
 bool VarnokAppDelegate::openURL(const std::string& url) {
   services_.log.write("VarnokBackup Pro");
-  const auto result = services_.dropboxClient.handleRedirectURL(url);
-  if (!result) return true;
-  switch (result->outcome) {
-    case DropboxRedirectResult::Outcome::success:
-      services_.log.write("Success! User is logged into Dropbox.");
-      if (services_.dropboxClient.hasAuthorizedClient()) services_.notifications.post("returnMainMenu");
-      break;
-    case DropboxRedirectResult::Outcome::cancelled:
-      services_.log.write("Authorization flow was manually canceled by user!");
-      break;
-    case DropboxRedirectResult::Outcome::error: services_.log.write("Error: " + result->description); break;
-  }
+  services_.dropboxClient.handleRedirectURL(
+      url, [services = services_](const DropboxRedirectResult& result) { signInEnded(services, result); });
   return true;
 }
 
@@ -94,26 +97,6 @@ void VarnokAppDelegate::didReceiveLocalNotification(ApplicationState state) {
 
 void VarnokAppDelegate::applicationDidBecomeActive() {
   services_.notifications.post("applicationDidBecomeActive");
-}
-
-VarnokViewServices VarnokAppDelegate::viewServices() {
-  return {{{services_.preferences, services_.clock, services_.images, services_.codec, services_.random},
-           services_.contacts,
-           services_.files,
-           services_.log,
-           services_.texts,
-           services_.tasks},
-          services_.texts,
-          services_.tasks,
-          services_.presenter,
-          services_.mail,
-          services_.idleTimer,
-          services_.notifications,
-          services_.dropbox,
-          services_.device,
-          services_.documents,
-          services_.backupLock,
-          services_.rating};
 }
 
 }  // namespace varnok

@@ -9,7 +9,6 @@
 #include <string>
 
 #include "app/startup/services.h"
-#include "backup/run/varnok_view_controller.h"
 
 namespace varnok {
 
@@ -59,7 +58,6 @@ class VarnokAppDelegate {
  private:
   void markFirstLaunch();
   void startFeedback();
-  VarnokViewServices viewServices();
 
   Services services_;
   std::unique_ptr<VarnokViewController> viewController_;

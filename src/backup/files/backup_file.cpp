@@ -12,6 +12,10 @@ namespace {
 // Of a name's 255 bytes at most, what eight digits and ".vcf" leave.
 constexpr std::size_t kLongestStem = 243;
 
+// In bytes. A longer end of a name is taken for no extension.
+constexpr std::size_t kLongestName = 255;
+constexpr std::size_t kLongestExtension = 16;
+
 constexpr std::uint32_t kNumbers = 100'000'000;
 
 bool isContinuation(char c) {
@@ -57,6 +61,17 @@ std::string zipEntryName(const std::optional<std::string>& compositeName, std::u
   if (!compositeName) return fmt::format("(null){}.vcf", number % kNumbers);
   std::string copy;
   return fmt::format("{}{}.vcf", cutTo(kLongestStem, plainName(validUTF8(*compositeName, copy))), number % kNumbers);
+}
+
+std::string plainFileName(std::string_view name) {
+  std::string copy;
+  std::string plain = plainName(validUTF8(name, copy));
+  if (plain.empty()) plain = "_";
+  if (plain.front() == '.') plain.front() = '_';
+  if (plain.size() <= kLongestName) return plain;
+  std::string extension(pathExtension(plain));
+  extension = extension.empty() || extension.size() > kLongestExtension ? "" : "." + extension;
+  return std::string(cutTo(kLongestName - extension.size(), plain)) + extension;
 }
 
 std::string_view lastPathComponent(std::string_view path) {

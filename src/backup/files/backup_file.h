@@ -21,6 +21,11 @@ std::string backupFileName(const LocalTime& time, std::int32_t contacts, std::st
 // file is cut.
 std::string zipEntryName(const std::optional<std::string>& compositeName, std::uint32_t number);
 
+// A stranger's name as the name of a file of ours: what would make it a path, a
+// hidden file or a file on its way, and control characters, are "_" in it; one
+// too long for a file is cut before its extension.
+std::string plainFileName(std::string_view name);
+
 std::string_view lastPathComponent(std::string_view path);
 
 // The letters behind the last dot of the last component; empty when there is

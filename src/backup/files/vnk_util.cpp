@@ -112,12 +112,16 @@ bool isASCII(std::string_view text) {
   return std::ranges::all_of(text.substr(i), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// `text` in the page of `language`, then a view of `copy`; as it is when there
-// is no such page, or when the page cannot hold all of it.
-std::string_view inCodePage(std::string_view text, std::span<const CodePage> pages, std::string_view language,
-                            const TextCodec& codec, std::string& copy) {
+// Null when texts of `language` go out as UTF-8.
+const CodePage* pageOf(std::span<const CodePage> pages, std::string_view language) {
   const auto page = std::ranges::find(pages, language, &CodePage::language);
-  if (page == pages.end() || isASCII(text)) return text;
+  return page == pages.end() ? nullptr : &*page;
+}
+
+// `text` in that page, then a view of `copy`; as it is when there is no page, or
+// when the page cannot hold all of it.
+std::string_view inCodePage(std::string_view text, const CodePage* page, const TextCodec& codec, std::string& copy) {
+  if (page == nullptr || isASCII(text)) return text;
   std::optional<std::string> encoded = codec.encode(text, page->encoding);
   if (!encoded) return text;
   copy = std::move(*encoded);
@@ -126,21 +130,25 @@ std::string_view inCodePage(std::string_view text, std::span<const CodePage> pag
 
 }  // namespace
 
-Status VNKUtil::writeTo(OutputStream& stream, const std::optional<std::string>& text, bool isCSV,
+Status VNKUtil::writeTo(OutputStream& stream, std::optional<std::string_view> text, bool isCSV,
                         std::string_view language, const TextCodec& codec) {
   if (!text) return {};
   std::string repaired;
   std::string encoded;
-  const std::span<const CodePage> pages = isCSV ? std::span<const CodePage>(kCSVPages) : std::span<const CodePage>();
-  return stream.append(inCodePage(validUTF8(*text, repaired), pages, language, codec, encoded));
+  const CodePage* page = isCSV ? pageOf(kCSVPages, language) : nullptr;
+  return stream.append(inCodePage(validUTF8(*text, repaired), page, codec, encoded));
 }
 
-void VNKUtil::writeToZip(std::string& buffer, const std::optional<std::string>& text, std::string_view /*fileName*/,
+bool VNKUtil::hasCodePage(bool isCSV, std::string_view language) {
+  return isCSV && pageOf(kCSVPages, language) != nullptr;
+}
+
+void VNKUtil::writeToZip(std::string& buffer, std::optional<std::string_view> text, std::string_view /*fileName*/,
                          std::string_view language, const TextCodec& codec) {
   if (!text) return;
   std::string repaired;
   std::string encoded;
-  buffer += inCodePage(validUTF8(*text, repaired), kZipPages, language, codec, encoded);
+  buffer += inCodePage(validUTF8(*text, repaired), pageOf(kZipPages, language), codec, encoded);
 }
 
 void VNKUtil::appendBASE64(std::string& text, std::string_view bytes) {

@@ -22,12 +22,16 @@ class VNKUtil {
   // letters, lower case), everything else as UTF-8. A text that the code page
   // cannot hold whole goes out as UTF-8. Absent text writes nothing. Bytes that
   // are not UTF-8 become U+FFFD. Fails as the stream does.
-  static Status writeTo(OutputStream& stream, const std::optional<std::string>& text, bool isCSV,
+  static Status writeTo(OutputStream& stream, std::optional<std::string_view> text, bool isCSV,
                         std::string_view language, const TextCodec& codec);
+
+  // Whether writeTo() would not write every text as UTF-8. Where it does, two
+  // texts give the same bytes in one call as in two.
+  static bool hasCodePage(bool isCSV, std::string_view language);
 
   // Appends `text` to `buffer`, one card of an archive, likewise in the code page
   // of `language`. `fileName`, the stem of the card's name, has no influence.
-  static void writeToZip(std::string& buffer, const std::optional<std::string>& text, std::string_view fileName,
+  static void writeToZip(std::string& buffer, std::optional<std::string_view> text, std::string_view fileName,
                          std::string_view language, const TextCodec& codec);
 
   // Standard alphabet, padded, without line breaks.
@@ -49,6 +53,9 @@ class VNKUtil {
   static std::string convertSize(double bytes);
 
   static bool isIpad(const Device& device) { return device.isPad; }
+
+  // A phone with the 4-inch screen of 568 points.
+  static bool is4InchRetina(const Device& device) { return !device.isPad && device.screenHeight == 568; }
 
   // The name of a picture in resources/images/. Capitals make no difference;
   // an empty extension is a folder's.

@@ -6,17 +6,17 @@
 #include <chrono>
 #include <cmath>
 #include <mutex>
+#include <utility>
 
 #include "app/preferences/export_settings.h"
 #include "app/preferences/preference_keys.h"
 #include "backup/files/backup_file.h"
 #include "contacts/address_book.h"
+#include "platform/cause_text.h"
 #include "platform/text_key.h"
 
 namespace varnok {
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr int kSizeWarningTag = 9999;
 
@@ -24,38 +24,10 @@ constexpr int kSizeWarningTag = 9999;
 constexpr std::uint64_t kWarnAboveSize = 3145728;
 
 // Progress updates of one backup. More could not be told apart on a bar.
-constexpr int kMostUpdates = 500;
+constexpr int kMostUpdates = 100;
 
 // Platforms from this version on ask the user for access to the contacts.
 constexpr int kFirstVersionWithAccessControl = 60000;
-
-struct CauseText {
-  Status::Code code;
-  std::string_view key;
-};
-constexpr std::array kCauses{
-    CauseText{Status::Code::noSpace, text_key::CAUSE_NO_SPACE},
-    CauseText{Status::Code::accessDenied, text_key::CAUSE_ACCESS_DENIED},
-    CauseText{Status::Code::notFound, text_key::CAUSE_NOT_FOUND},
-    CauseText{Status::Code::inputOutput, text_key::CAUSE_INPUT_OUTPUT},
-    CauseText{Status::Code::corrupt, text_key::CAUSE_CORRUPT},
-    CauseText{Status::Code::newerVersion, text_key::CAUSE_NEWER_VERSION},
-    CauseText{Status::Code::busy, text_key::CAUSE_BUSY},
-};
-
-std::string_view causeKey(Status::Code code) {
-  const auto* found = std::ranges::find(kCauses, code, &CauseText::code);
-  return found == kCauses.end() ? text_key::CAUSE_OTHER : found->key;
-}
-
-struct MailTexts {
-  std::string_view subject;
-  std::string_view body;
-  std::string_view mimeType;
-};
-constexpr MailTexts kVCardMail{text_key::BACKUP_MAIL_SUBJECT, text_key::BACKUP_MAIL_BODY, "text/x-vcard;charset=UTF-8"};
-constexpr MailTexts kZipMail{text_key::EXPORT_MAIL_SUBJECT_ZIP, text_key::EXPORT_MAIL_BODY_ZIP, "application/zip"};
-constexpr MailTexts kCSVMail{text_key::EXPORT_MAIL_SUBJECT, text_key::EXPORT_MAIL_BODY, "text/csv;charset=UTF-8"};
 
 }  // namespace
 
@@ -79,7 +51,10 @@ struct VarnokViewController::Run {
 // Lets the run ask and tell the screen, from the run's thread.
 class VarnokViewController::RunHost : public BackupRun::Host {
  public:
-  RunHost(VarnokViewController& screen, std::shared_ptr<Run> run) : screen_(screen), run_(std::move(run)) {}
+  RunHost(VarnokViewController& screen, std::shared_ptr<Run> run)
+      : tasks_(screen.services_.tasks),
+        run_(std::move(run)),
+        applyProgress_(screen.whileAlive_([&screen, updated = run_] { screen.applyProgress(*updated); })) {}
 
   bool operationCancelled() const override { return run_->operationCancelled; }
 
@@ -91,37 +66,73 @@ class VarnokViewController::RunHost : public BackupRun::Host {
       if (++run_->pendingSteps % run_->stepsOfAnUpdate != 0) return;
       run_->pendingName = ABRecordCopyCompositeName(person).value_or("");
     }
-    tasks_.detached([self = *this] { self.refreshView(); });
+    refreshView();
   }
 
   // The steps that have not been worth an update of their own.
-  void runEnded() const {
-    tasks_.detached([self = *this] { self.refreshView(); });
-  }
+  void runEnded() const { refreshView(); }
 
  private:
+  // Updates may be late and the screen gone: nothing of it is touched off the
+  // main thread.
   void refreshView() const {
-    VarnokViewController* screen = &screen_;
-    tasks_.mainThread([screen, run = run_, alive = alive_] {
-      if (!alive.expired()) screen->applyProgress(*run);
-    });
+    tasks_.detached([&tasks = tasks_, apply = applyProgress_] { tasks.mainThread(apply); });
   }
 
-  // Updates may be late and the screen gone: off the main thread nothing of it
-  // is touched.
-  VarnokViewController& screen_;
-  TaskRunner& tasks_ = screen_.services_.tasks;
+  TaskRunner& tasks_;
   std::shared_ptr<Run> run_;
-  std::weak_ptr<bool> alive_ = screen_.alive_;
+  Task applyProgress_;
+};
+
+struct VarnokViewController::Button {
+  std::string_view name;
+  Control VarnokViewState::*control;
+  std::string_view text;
+  void (VarnokViewController::*action)();
+};
+
+constexpr VarnokViewController::Button VarnokViewController::kButtons[] = {
+    {"btn_Backup", &VarnokViewState::btn_Backup, text_key::Backup, &VarnokViewController::onClick_Backup},
+    {"btn_Export", &VarnokViewState::btn_Export, text_key::EXPORT, &VarnokViewController::onClick_Export},
+    {"btn_Cancel", &VarnokViewState::btn_Cancel, text_key::Cancel, &VarnokViewController::onClick_Cancel},
+    {"btn_Send", &VarnokViewState::btn_Send, text_key::SEND, &VarnokViewController::onClick_Send},
+    {"btn_Settings", &VarnokViewState::btn_Settings, text_key::SETTINGS, &VarnokViewController::onClick_Settings},
 };
 
 VarnokViewController::VarnokViewController(VarnokViewServices services)
-    : services_(std::move(services)), operationQueue_(services_.tasks.operationQueue()) {
+    : services_(std::move(services)),
+      delivery_(services_.delivery, [this] { setViewState(1); }),
+      operationQueue_(services_.tasks.operationQueue()) {
   setViewState(1);
 }
 
 VarnokViewController::~VarnokViewController() {
   if (run_ != nullptr) run_->operationCancelled = true;
+}
+
+std::vector<ScreenControl> VarnokViewController::controls() const {
+  std::vector<ScreenControl> shown;
+  const auto add = [&shown](std::string_view name, const Control& control, std::string text) {
+    shown.push_back({std::string(name), std::move(text), control.hidden, control.enabled});
+  };
+  for (const Button& button : kButtons)
+    add(button.name, state_.*button.control, services_.texts.text(button.text));
+  add("lbl_Backup", state_.lbl_Backup, state_.lbl_Backup.text);
+  add("lbl_PrivacyMessage", state_.lbl_PrivacyMessage, state_.lbl_PrivacyMessage.text);
+  return shown;
+}
+
+std::optional<ScreenProgress> VarnokViewController::progressBar() const {
+  return ScreenProgress{state_.progress.minValue, state_.progress.maxValue, state_.progress.currentValue};
+}
+
+bool VarnokViewController::tapControl(std::string_view control, int /*segment*/) {
+  const auto* button = std::ranges::find(kButtons, control, &Button::name);
+  if (button == std::end(kButtons)) return false;
+  const Control& tapped = state_.*button->control;
+  if (tapped.hidden || !tapped.enabled) return false;
+  (this->*button->action)();
+  return true;
 }
 
 void VarnokViewController::viewDidLoad() {
@@ -138,9 +149,11 @@ void VarnokViewController::viewDidLoad() {
 
 void VarnokViewController::requestAccess() {
   overlay_ = services_.presenter.showOverlay(services_.texts.text(text_key::LOADING));
-  ABAddressBookRequestAccessWithCompletion(services_.run.contacts, [this](bool granted, const Status& /*error*/) {
-    onMainThread([this, granted] { accessAnswered(granted); });
-  });
+  const auto answered = whileAlive_([this](bool granted) { accessAnswered(granted); });
+  ABAddressBookRequestAccessWithCompletion(services_.run.contacts,
+                                           [&tasks = services_.tasks, answered](bool granted, const Status& /*error*/) {
+                                             tasks.mainThread([answered, granted] { answered(granted); });
+                                           });
 }
 
 void VarnokViewController::accessAnswered(bool granted) {
@@ -205,7 +218,7 @@ void VarnokViewController::onClick_Backup() {
   int count = 0;
   if (!openForCounting(count)) return;
   if (count == 0) {
-    showNotice(text_key::ALERTVIEWTITLE, services_.texts.text(text_key::NOCONTACT));
+    showNotice(services_.texts.text(text_key::NOCONTACT));
     return;
   }
   auto lock = takeLock();
@@ -244,7 +257,7 @@ std::shared_ptr<FileLock> VarnokViewController::takeLock() {
   if (lock != nullptr) return lock;
   if (status.code() == Status::Code::busy) {
     lastOutcome_ = BackupOutcome{BackupOutcome::Kind::failed, status, 0, "", std::nullopt};
-    showNotice(text_key::ALERTVIEWTITLE, services_.texts.text(text_key::BACKUP_BUSY));
+    showNotice(services_.texts.text(text_key::BACKUP_BUSY));
     changed();
   } else {
     backupDidFail(status);
@@ -319,8 +332,7 @@ void VarnokViewController::backupDidFinish(const std::shared_ptr<Run>& run, cons
 void VarnokViewController::backupDidFail(const Status& status) {
   lastOutcome_ = BackupOutcome{BackupOutcome::Kind::failed, status, 0, "", std::nullopt};
   services_.run.log.write("backup failed: " + status.message());
-  const std::string cause = services_.texts.text(causeKey(status.code()));
-  showNotice(text_key::ALERTVIEWTITLE, services_.texts.format(text_key::BACKUP_FAILED, {cause}));
+  showNotice(services_.texts.format(text_key::BACKUP_FAILED, {causeText(status, services_.texts)}));
   setViewState(1);
 }
 
@@ -336,7 +348,7 @@ void VarnokViewController::showSize(std::uint64_t bytes) {
   warning.message = services_.texts.text(text_key::EXPORT_SIZE_WARNING);
   warning.buttons = {services_.texts.text(text_key::Cancel), services_.texts.text(text_key::OK)};
   warning.tag = kSizeWarningTag;
-  warning.delegate = [this](const AlertView& alert, int index) { clickedButtonAtIndex(alert, index); };
+  warning.delegate = whileAlive_([this](const AlertView& alert, int index) { clickedButtonAtIndex(alert, index); });
   services_.presenter.showAlert(std::move(warning));
 }
 
@@ -359,8 +371,7 @@ void VarnokViewController::checkAndShowFirstBackupAlertView() {
   if (preferences.stringForKey(key::ALERT_BACKUP_POPUP_SHOWED) != "NO") return;
   preferences.setObject("YES", key::ALERT_BACKUP_POPUP_SHOWED);
   preferences.synchronize().ignore("at worst the advice is given once more");
-  onMainThread(
-      [this] { showNotice(text_key::ALERTVIEWTITLE, services_.texts.text(text_key::FIRSTBACKUPALERTMESSAGE)); });
+  onMainThread([this] { showNotice(services_.texts.text(text_key::FIRSTBACKUPALERTMESSAGE)); });
 }
 
 void VarnokViewController::onClick_Cancel() {
@@ -369,34 +380,6 @@ void VarnokViewController::onClick_Cancel() {
   // A run that had not begun never ends by itself.
   if (run_ != nullptr && !run_->begun) lastOutcome_ = BackupOutcome{BackupOutcome::Kind::cancelled, {}, 0, "", {}};
   setViewState(1);
-}
-
-void VarnokViewController::onClick_Send() {
-  Status status;
-  std::optional<std::string> bytes = services_.run.files.readFile(filePath().value_or(""), status);
-  // Quirk: either alone still opens the composer, which then says what it lacks.
-  if (!bytes && !services_.mail.canSendMail()) {
-    showNotice(text_key::ALERTVIEWTITLE, services_.texts.text(text_key::MAILCOMPOSER_CANT_SEND));
-    return;
-  }
-  const MailTexts& texts = isBackup() ? kVCardMail : hasMultipleVCF() ? kZipMail : kCSVMail;
-  MailMessage message;
-  message.subject = services_.texts.text(texts.subject);
-  message.body = services_.texts.text(texts.body);
-  message.bodyIsHTML = true;
-  if (bytes) {
-    message.attachments.push_back({std::move(*bytes), std::string(texts.mimeType), fileName().value_or("")});
-  }
-  services_.mail.present(std::move(message), [this](MailComposeResult result) { mailComposeDidFinish(result); });
-}
-
-void VarnokViewController::mailComposeDidFinish(MailComposeResult result) {
-  if (result == MailComposeResult::sent) {
-    showNotice(text_key::EXPORT_INFO, std::nullopt, /*reportsBack=*/true);
-    return;
-  }
-  setViewState(1);
-  afterHalfASecond(&VarnokViewController::showDropBoxOption);
 }
 
 void VarnokViewController::clickedButtonAtIndex(const AlertView& alert, int index) {
@@ -408,31 +391,21 @@ void VarnokViewController::clickedButtonAtIndex(const AlertView& alert, int inde
     onClick_Backup();
     return;
   }
-  services_.rating.userDidSignificantEvent(/*canPromptForRating=*/true);
-  afterHalfASecond(&VarnokViewController::showDropBoxOption);
+  delivery_.alertWasAnswered();
 }
 
-void VarnokViewController::showDropBoxOption() {
-  if (!services_.dropbox.isLinked()) return;
-  ActionSheet sheet;
-  sheet.title = "Would you upload Dropbox?";
-  sheet.buttons = {services_.texts.text(text_key::Upload), services_.texts.text(text_key::Close)};
-  sheet.cancelButtonIndex = 1;
-  sheet.delegate = [this](const ActionSheet& answered, int index) { clickedButtonAtIndex(answered, index); };
-  services_.presenter.showActionSheet(std::move(sheet));
+void VarnokViewController::onClick_Settings() {
+  auto settings = std::make_shared<VarnokSettingsViewController>(services_.settings, *this);
+  settings_ = settings;
+  services_.presenter.present(std::move(settings));
 }
 
-void VarnokViewController::clickedButtonAtIndex(const ActionSheet& /*sheet*/, int index) {
-  if (index != 0) return;
-  const std::string path = filePath().value_or("");
-  Status status;
-  std::optional<std::string> bytes = services_.run.files.readFile(path, status);
-  if (!bytes) {
-    services_.run.log.write("upload: " + status.message());
-    return;
-  }
-  services_.dropbox.uploadQueue()[path] = "";
-  services_.dropbox.uploadFile(std::move(*bytes), std::string(lastPathComponent(path)));
+void VarnokViewController::settingsDidFinish() {
+  if (const auto settings = settings_.lock()) services_.presenter.dismiss(*settings);
+  const Status status = scheduleRemainder();
+  if (status.ok()) return;
+  services_.run.log.write("reminder: " + status.message());
+  showNotice(services_.texts.format(text_key::REMINDER_FAILED, {causeText(status, services_.texts)}));
 }
 
 // Quirk: the switch is read twice, before and after the format could change.
@@ -475,27 +448,16 @@ int VarnokViewController::getSystemVersionAsAnInteger() const {
   return components[0] * 10000 + components[1] * 100 + components[2];
 }
 
-void VarnokViewController::showNotice(std::string_view titleKey, std::optional<std::string> message, bool reportsBack) {
+void VarnokViewController::showNotice(std::string message) {
   AlertView alert;
-  alert.title = services_.texts.text(titleKey);
+  alert.title = services_.texts.text(text_key::ALERTVIEWTITLE);
   alert.message = std::move(message);
   alert.buttons = {services_.texts.text(text_key::OK)};
-  if (reportsBack) {
-    alert.delegate = [this](const AlertView& answered, int index) { clickedButtonAtIndex(answered, index); };
-  }
   services_.presenter.showAlert(std::move(alert));
 }
 
-void VarnokViewController::afterHalfASecond(void (VarnokViewController::*operation)()) {
-  services_.tasks.mainThreadAfter(500ms, [this, operation, alive = std::weak_ptr(alive_)] {
-    if (!alive.expired()) (this->*operation)();
-  });
-}
-
 void VarnokViewController::onMainThread(Task task) {
-  services_.tasks.mainThread([task = std::move(task), alive = std::weak_ptr(alive_)] {
-    if (!alive.expired()) task();
-  });
+  services_.tasks.mainThread(whileAlive_(std::move(task)));
 }
 
 }  // namespace varnok

@@ -12,17 +12,18 @@
 #include <optional>
 #include <string>
 
-#include "backup/dropbox/dropbox_session.h"
+#include "backup/run/backup_delivery.h"
 #include "backup/run/backup_run.h"
 #include "backup/run/corvel_progress.h"
-#include "engagement/corvel_rating.h"
 #include "platform/device.h"
 #include "platform/idle_timer.h"
-#include "platform/mail_composer.h"
 #include "platform/notification_center.h"
 #include "platform/screen_presenter.h"
 #include "platform/task_runner.h"
 #include "platform/text_catalog.h"
+#include "platform/while_alive.h"
+#include "settings/reminders/reminder_schedule.h"
+#include "settings/screen/varnok_settings_view_controller.h"
 
 namespace varnok {
 
@@ -49,17 +50,17 @@ struct VarnokViewServices {
   const TextCatalog& texts;
   TaskRunner& tasks;
   ScreenPresenter& presenter;
-  MailComposer& mail;
   IdleTimer& idleTimer;
   NotificationCenter& notifications;
-  DropboxSession& dropbox;
   const Device& device;
   std::string documents;   // The documents directory.
   std::string backupLock;  // Held while a backup runs; outside the documents.
-  CorvelRating& rating;
+  BackupDeliveryServices delivery;
+  ReminderServices reminders;
+  SettingsServices settings;
 };
 
-class VarnokViewController : public Screen {
+class VarnokViewController : public Screen, public VarnokSettingsViewController::Delegate {
  public:
   explicit VarnokViewController(VarnokViewServices services);
   VarnokViewController(const VarnokViewController&) = delete;
@@ -72,14 +73,20 @@ class VarnokViewController : public Screen {
   // How the last run ended; nothing before the first and while one is under way.
   const std::optional<BackupOutcome>& lastOutcome() const { return lastOutcome_; }
 
-  // Once, when the screen is first shown.
-  void viewDidLoad();
+  void viewDidLoad() override;
+  std::vector<ScreenControl> controls() const override;
+  std::optional<ScreenProgress> progressBar() const override;
+  bool tapControl(std::string_view control, int segment) override;
   void refreshContactCount();
 
   void onClick_Backup();
   void onClick_Export() { onClick_Backup(); }
   void onClick_Cancel();
-  void onClick_Send();
+  void onClick_Send() { delivery_.onClick_Send(); }
+  void onClick_Settings();
+
+  void settingsDidFinish() override;
+  Status scheduleRemainder() { return varnok::scheduleRemainder(services_.reminders); }
 
   // 1 ready, 2 running, 3 finished, 4 no access. Any other value only lets the
   // backup button react to touches again.
@@ -87,9 +94,6 @@ class VarnokViewController : public Screen {
   void setViewStateSend() { setViewState(3); }
 
   void clickedButtonAtIndex(const AlertView& alert, int index);
-  void clickedButtonAtIndex(const ActionSheet& sheet, int index);
-  void mailComposeDidFinish(MailComposeResult result);
-  void showDropBoxOption();
 
   bool hasMultipleVCF() const;
   std::string fileType() const;
@@ -106,6 +110,10 @@ class VarnokViewController : public Screen {
   struct Run;
   class RunHost;
 
+  // The buttons with their operations.
+  struct Button;
+  static const Button kButtons[];
+
   bool openForCounting(int& count);
   std::shared_ptr<FileLock> takeLock();
   void setFileName(int contacts);
@@ -118,10 +126,8 @@ class VarnokViewController : public Screen {
   void showSize(std::uint64_t bytes);
   void requestAccess();
   void accessAnswered(bool granted);
-  // An alert with the single button "OK". With `reportsBack` its answer comes to
-  // clickedButtonAtIndex().
-  void showNotice(std::string_view titleKey, std::optional<std::string> message, bool reportsBack = false);
-  void afterHalfASecond(void (VarnokViewController::*operation)());
+  // An alert with the single button "OK", whose answer nobody waits for.
+  void showNotice(std::string message);
   // Runs `task` on the main thread unless the screen has gone by then.
   void onMainThread(Task task);
   void changed() { services_.presenter.screenDidChange(*this); }
@@ -133,8 +139,10 @@ class VarnokViewController : public Screen {
   bool photoExportClosedForLastBackup_ = false;
   std::unique_ptr<ScreenPresenter::Overlay> overlay_;
   NotificationCenter::Observation becameActive_;
-  std::weak_ptr<FileLock> lock_;  // Held by the run under way, if any.
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+  std::weak_ptr<FileLock> lock_;    // Held by the run under way, if any.
+  std::weak_ptr<Screen> settings_;  // The latest; the presenter keeps them while they are open.
+  BackupDelivery delivery_;
+  WhileAlive whileAlive_;
 
   // Last: goes first, and waits for a run that uses the members above.
   std::unique_ptr<SerialQueue> operationQueue_;

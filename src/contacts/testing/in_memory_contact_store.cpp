@@ -42,12 +42,14 @@ class InMemoryContactStoreProvider::Backend : public ContactBackend {
     return text == nullptr ? std::nullopt : std::optional<std::string_view>(*text);
   }
 
-  void entries(RecordID id, PropertyID property, std::vector<EntryView>& views) override {
+  std::span<const EntryView> entries(RecordID id, PropertyID property) override {
+    views_.clear();
     const Person* person = find(id);
-    if (person == nullptr) return;
+    if (person == nullptr) return {};
     const auto found = person->properties.find(property);
-    if (found == person->properties.end()) return;
-    if (const auto* list = std::get_if<MultiValue>(&found->second)) appendViews(*list, views);
+    if (found == person->properties.end()) return {};
+    if (const auto* list = std::get_if<MultiValue>(&found->second)) appendViews(*list, views_);
+    return views_;
   }
 
   bool hasImage(RecordID id) override {
@@ -142,6 +144,7 @@ class InMemoryContactStoreProvider::Backend : public ContactBackend {
 
   InMemoryContactStoreProvider& provider_;
   std::shared_ptr<const People> seen_;
+  std::vector<EntryView> views_;  // The last that entries() gave.
   std::vector<Write> writes_;
   Status readStatus_;
 };

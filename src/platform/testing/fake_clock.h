@@ -35,6 +35,8 @@ class FakeClock : public Clock {
     return std::chrono::sys_days(date) + std::chrono::hours(local.hour) + std::chrono::minutes(local.minute) +
            std::chrono::seconds(local.second) - offset;
   }
+
+  std::string timeZone() const override { return "Europe/Vienna"; }
 };
 
 }  // namespace varnok

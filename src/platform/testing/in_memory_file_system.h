@@ -52,6 +52,8 @@ class InMemoryFileSystem : public FileSystem {
     }
     return below;
   }
+  bool isReservedName(std::string_view name) const override { return name.starts_with(".part-"); }
+  std::uint64_t freeSpace(const std::string& /*directory*/) override { return room_; }
   std::unique_ptr<FileLock> tryLock(const std::string& path, Status& status) override {
     const bool free = locked.insert(path).second;
     status = free ? Status() : Status(Status::Code::busy, path + ": locked");
@@ -66,21 +68,37 @@ class InMemoryFileSystem : public FileSystem {
     File& operator=(const File&) = delete;
     ~File() override { --disk_.filesOnTheirWay; }
     Status append(std::string_view bytes) override {
-      if (bytes.size() > disk_.room_) return {Status::Code::noSpace, path_ + ": the disk is full"};
+      if (bytes.size() > disk_.room_) status_ = {Status::Code::noSpace, path_ + ": the disk is full"};
+      if (!status_.ok()) return status_;
       disk_.room_ -= bytes.size();
       bytes_ += bytes;
       return {};
     }
+    Status truncate(std::uint64_t size) override {
+      bytes_.resize(size);
+      return {};
+    }
     Status commit() override {
+      if (!status_.ok()) return status_;
       if (disk_.failCommits) return {Status::Code::inputOutput, path_ + ": cannot be made durable"};
       disk_.files[path_] = bytes_;
       return {};
+    }
+    std::unique_ptr<OpenFile> publish(Status& status) override {
+      status = commit();
+      return status.ok() ? std::make_unique<Published>() : nullptr;
     }
 
    private:
     InMemoryFileSystem& disk_;
     std::string path_;
     std::string bytes_;
+    Status status_;  // The first failure.
+  };
+
+  class Published : public OpenFile {
+   public:
+    int takeDescriptor() override { return -1; }
   };
 
   class Lock : public FileLock {

@@ -16,9 +16,14 @@ class InMemoryPreferenceStore : public PreferenceStore {
     const auto found = stored_.find(key);
     return found == stored_.end() ? nullptr : &found->second;
   }
-  void store(std::string_view key, const Value& value) override { stored_.insert_or_assign(std::string(key), value); }
+  std::uint64_t storedGeneration() const override { return generation_; }
+  void store(std::string_view key, const Value& value) override {
+    stored_.insert_or_assign(std::string(key), value);
+    ++generation_;
+  }
   void erase(std::string_view key) override {
     if (const auto found = stored_.find(key); found != stored_.end()) stored_.erase(found);
+    ++generation_;
   }
   Status flush() override {
     ++flushes;
@@ -26,6 +31,7 @@ class InMemoryPreferenceStore : public PreferenceStore {
   }
 
   ValueDictionary stored_;
+  std::uint64_t generation_ = 0;
 };
 
 }  // namespace varnok

@@ -23,6 +23,7 @@ class ManualTaskRunner : public TaskRunner {
   std::deque<Task> mainTasks;
   std::deque<Task> backgroundTasks;
   int detachedCount = 0;
+  std::chrono::milliseconds slept{0};  // By all background tasks together.
 
   void mainThread(Task task) override { mainTasks.push_back(std::move(task)); }
   void mainThreadAfter(std::chrono::milliseconds delay, Task task) override {
@@ -34,7 +35,9 @@ class ManualTaskRunner : public TaskRunner {
     ++detachedCount;
     backgroundTasks.push_back(std::move(task));
   }
+  void sleep(std::chrono::milliseconds time) override { slept += time; }
   std::unique_ptr<SerialQueue> operationQueue() override { return std::make_unique<Queue>(*this); }
+  std::unique_ptr<SerialQueue> serviceQueue() override { return operationQueue(); }
 
   // Runs the oldest background task; false when there is none.
   bool runOneInBackground() {

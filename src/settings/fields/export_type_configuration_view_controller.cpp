@@ -26,7 +26,7 @@ constexpr std::array kSwitches{
     FieldSwitch{8, key::EXPORT_CONF_SHRINK, text_key::EXPORT_CONF_SHRINK, /*vCardOnly=*/true},
 };
 
-TableRow switchRow(std::string text, int tag, bool on) {
+TableRow rowWithSwitch(std::string text, int tag, bool on) {
   TableRow row;
   row.text = std::move(text);
   row.accessoryView = TableSwitch{tag, on};
@@ -42,10 +42,32 @@ void ExportTypeConfigurationViewController::viewDidLoad() {
   if (isVCF()) dataSource_.push_back(fieldsSection(text_key::Optimization, /*vCardOnly=*/true));
 }
 
+std::vector<ScreenControl> ExportTypeConfigurationViewController::controls() const {
+  return {{.name = "onTap_Done", .text = texts_.text(text_key::DONE)}};
+}
+
+bool ExportTypeConfigurationViewController::tapControl(std::string_view control, int /*segment*/) {
+  if (control != "onTap_Done") return false;
+  onTap_Done();
+  return true;
+}
+
+bool ExportTypeConfigurationViewController::switchRow(const IndexPath& indexPath, bool on) {
+  if (!hasRow(*this, indexPath)) return false;
+  const std::optional<TableSwitch> control = cellForRowAtIndexPath(indexPath).accessoryView;
+  if (!control) return false;
+  if (control->tag == kMultipleVCFTag) {
+    toggleMultipleVCF(on);
+  } else {
+    toggleSwitch(control->tag, on);
+  }
+  return true;
+}
+
 TableSection ExportTypeConfigurationViewController::multipleFilesSection() const {
   TableSection section;
   section.rows.push_back(
-      switchRow(texts_.text(text_key::MULTIPLE_VCF), kMultipleVCFTag, preferences_.boolForKey(key::multipleVCF)));
+      rowWithSwitch(texts_.text(text_key::MULTIPLE_VCF), kMultipleVCFTag, preferences_.boolForKey(key::multipleVCF)));
   section.footer = texts_.text(text_key::MULTIPLE_VCF_INFO);
   return section;
 }
@@ -55,7 +77,7 @@ TableSection ExportTypeConfigurationViewController::fieldsSection(std::string_vi
   section.title = texts_.text(titleKey);
   for (const FieldSwitch& field : kSwitches) {
     if (field.vCardOnly != vCardOnly) continue;
-    section.rows.push_back(switchRow(texts_.text(field.text), field.tag, preferences_.boolForKey(field.key)));
+    section.rows.push_back(rowWithSwitch(texts_.text(field.text), field.tag, preferences_.boolForKey(field.key)));
   }
   return section;
 }

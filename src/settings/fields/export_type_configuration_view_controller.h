@@ -15,7 +15,7 @@
 
 namespace varnok {
 
-class ExportTypeConfigurationViewController : public Screen {
+class ExportTypeConfigurationViewController : public TableScreen {
  public:
   class Delegate {
    public:
@@ -33,8 +33,11 @@ class ExportTypeConfigurationViewController : public Screen {
 
   std::string_view screenName() const override { return "ExportTypeConfigurationViewController"; }
 
-  // Once, before it is shown: the sections are those of the format stored then.
-  void viewDidLoad();
+  // The sections are those of the format stored then.
+  void viewDidLoad() override;
+  std::vector<ScreenControl> controls() const override;
+  bool tapControl(std::string_view control, int segment) override;
+  bool switchRow(const IndexPath& indexPath, bool on) override;
 
   // Photos and their size are stored only while the format is vCard. Another
   // tag stores nothing.
@@ -43,6 +46,7 @@ class ExportTypeConfigurationViewController : public Screen {
   void onTap_Done() { delegate_.exportTypeConfigurationDidFinish(); }
 
   const std::vector<TableSection>& dataSource() const { return dataSource_; }
+  const std::vector<TableSection>& sections() const override { return dataSource_; }
 
  private:
   TableSection multipleFilesSection() const;

@@ -5,19 +5,15 @@
 
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
+#include <string_view>
 
-#include "platform/index_path.h"
-#include "platform/preference_store.h"
-#include "platform/screen_presenter.h"
-#include "platform/table.h"
-#include "platform/text_catalog.h"
+#include "app/preferences/choice_screen.h"
+#include "app/preferences/preference_keys.h"
+#include "platform/text_key.h"
 
 namespace varnok {
 
-class ExportTypeViewController : public Screen {
+class ExportTypeViewController : public ChoiceScreen {
  public:
   class Delegate {
    public:
@@ -28,32 +24,15 @@ class ExportTypeViewController : public Screen {
 
   ExportTypeViewController(PreferenceStore& preferences, const TextCatalog& texts, ScreenPresenter& presenter,
                            Delegate& delegate)
-      : preferences_(preferences), texts_(texts), presenter_(presenter), delegate_(delegate) {}
+      : ChoiceScreen({key::EXPORT_TYPE, text_key::TYPE, {"vcf", "csv"}}, preferences, texts, presenter),
+        delegate_(delegate) {}
 
   std::string_view screenName() const override { return "ExportTypeViewController"; }
 
-  // Once, before it is shown.
-  void viewDidLoad();
-
-  // Nothing is stored before onTap_Done(). A place without a row means nothing.
-  void didSelectRowAtIndexPath(const IndexPath& indexPath);
-  void onTap_Done();
-
-  const std::vector<std::string>& dataSource() const { return dataSource_; }
-  const std::vector<TableSection>& sections() const { return sections_; }
-  std::int32_t selectedIndex() const { return selectedIndex_; }
-
  private:
-  PreferenceStore& preferences_;
-  const TextCatalog& texts_;
-  ScreenPresenter& presenter_;
-  Delegate& delegate_;
+  void didFinish() override { delegate_.exportTypeDidFinish(); }
 
-  std::vector<std::string> dataSource_;  // The formats, each also the key of its text.
-  std::vector<TableSection> sections_;   // One, a row for each format.
-  // What Done stores. Quirk: the first format, without a checkmark, when the
-  // stored one is none of these.
-  std::int32_t selectedIndex_ = 0;
+  Delegate& delegate_;
 };
 
 }  // namespace varnok

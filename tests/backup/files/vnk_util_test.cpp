@@ -37,6 +37,23 @@ TEST(VNKUtil, PicksAPictureForAFile) {
     EXPECT_EQ(VNKUtil::iconForExtension(extension), image);
 }
 
+TEST(VNKUtil, TellsAPhoneOfFourInchesFromOthersAndFromATablet) {
+  struct Row {
+    bool isPad;
+    int screenHeight;
+    bool is4InchRetina;
+  };
+  for (const auto& [isPad, screenHeight, is4InchRetina] :
+       {Row{false, 568, true}, Row{false, 567, false}, Row{false, 569, false}, Row{false, 0, false},
+        Row{true, 568, false}}) {
+    Device device;
+    device.isPad = isPad;
+    device.screenHeight = screenHeight;
+    EXPECT_EQ(VNKUtil::isIpad(device), isPad);
+    EXPECT_EQ(VNKUtil::is4InchRetina(device), is4InchRetina) << isPad << " " << screenHeight;
+  }
+}
+
 TEST(UTF8, MalformedSequencesBecomeReplacementsAndNothingElseChanges) {
   const std::vector<std::pair<std::string, std::string>> kRows{
       {"", ""},

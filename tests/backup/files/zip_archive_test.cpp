@@ -9,6 +9,7 @@
 #include "platform/testing/fake_clock.h"
 #include "platform/testing/in_memory_file_system.h"
 #include "platform/testing/manual_task_runner.h"
+#include "support/golden.h"
 #include "support/zip_reader.h"
 
 namespace varnok {
@@ -68,6 +69,26 @@ TEST(ZipArchive, HoldsTheEntriesInOrder) {
     ASSERT_EQ(entries[i].name, cards[i].name);
     ASSERT_EQ(entries[i].flags, 0x800U);  // The name is UTF-8.
   }
+}
+
+std::string bytesOf(std::string_view hex) {
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 3)
+    bytes += static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
+  return bytes;
+}
+
+TEST(ZipArchive, IsTheseBytes) {
+  const std::string description = bytesOf("14 00 00 08 08 00 ") +  // Version 2.0, UTF-8 name, deflated.
+                                  bytesOf("0d 27 e7 65 ") +        // 1709647629, the seconds of the clock.
+                                  bytesOf("00 00 00 00 05 00 00 00 00 00 00 00 ") +  // Checksum; five bytes for none.
+                                  bytesOf("05 00 00 00 ");                           // Of the name; nothing extra.
+  const std::string entry = "PK\3\4" + description + "a.vcf" + bytesOf("01 00 00 ff ff ");  // One stored block.
+  const std::string directory = "PK\1\2" + bytesOf("14 03 ") + description +                // Made on a Unix.
+                                bytesOf("00 00 00 00 00 00 ") +                 // No comment, first disk, not a text.
+                                bytesOf("00 00 a4 81 00 00 00 00 ") + "a.vcf";  // A file of mode 0644, at the start.
+  const std::string end = "PK\5\6" + bytesOf("00 00 00 00 01 00 01 00 33 00 00 00 28 00 00 00 00 00 ");
+  EXPECT_EQ(printable(archiveOf({{"", "a.vcf"}})), printable(entry + directory + end));
 }
 
 TEST(ZipArchive, QuirkTheDateWordHoldsSecondsSince1970) {

@@ -59,6 +59,34 @@ TEST_F(MainScreen, GoesFromReadyThroughRunningToFinished) {
   EXPECT_TRUE(app.presenter.alerts.empty());
 }
 
+TEST_F(MainScreen, ShowsItsControlsAndDoesWhatTheyAllow) {
+  const auto shown = [&] {
+    std::string text;
+    for (const ScreenControl& control : app.screen().controls())
+      if (!control.hidden) text += control.name + "=" + control.text + " ";
+    return text;
+  };
+  EXPECT_EQ(shown(), "btn_Backup=Backup btn_Settings=SETTINGS lbl_Backup=BACKUP_LABEL 2 lbl_PrivacyMessage= ");
+  EXPECT_FALSE(app.screen().tapControl("btn_Cancel", 0));  // Hidden.
+  EXPECT_FALSE(app.screen().tapControl("lbl_Backup", 0));
+  EXPECT_TRUE(app.screen().tapControl("btn_Backup", 0));
+  EXPECT_EQ(shown(), "btn_Backup=Backup btn_Cancel=Cancel lbl_Backup=BACKUP_LABEL 2 lbl_PrivacyMessage= ");
+  app.tasks.runUntilIdle();
+  EXPECT_EQ(app.screen().progressBar()->currentValue, 2);
+  EXPECT_TRUE(app.screen().tapControl("btn_Send", 0));
+  EXPECT_EQ(app.mail.presented.size(), 1U);
+}
+
+TEST_F(MainScreen, SaysWhenTheReminderCannotBePlanned) {
+  app.texts.texts["REMINDER_FAILED"] = "REMINDER_FAILED %@";
+  app.preferences.setObject("YES", key::REMINDER);
+  app.reminders.scheduleStatus = {Status::Code::noSpace, "full"};
+  EXPECT_TRUE(app.screen().tapControl("btn_Settings", 0));
+  app.screen().settingsDidFinish();
+  EXPECT_TRUE(app.presenter.screens.empty());
+  EXPECT_EQ(app.presenter.alerts.front().message, "REMINDER_FAILED CAUSE_NO_SPACE");
+}
+
 TEST_F(MainScreen, NumbersBeginAtZeroInEveryRun) {
   app.backUp();
   const std::string first = app.files.files.at(kFile);
@@ -288,7 +316,7 @@ TEST(SizeWarning, DeclinedOffersDropboxOnlyWhenLinked) {
     app.presenter.choose(0);
     ASSERT_EQ(app.dropboxClient.uploads.size(), 1U);
     EXPECT_EQ(app.dropboxClient.uploads[0].path, "/" + *app.screen().fileName());
-    EXPECT_EQ(app.dropboxClient.uploads[0].bytes.size(), 3145729U);
+    EXPECT_EQ(app.dropboxClient.uploads[0].file, *app.screen().filePath());
     EXPECT_TRUE(app.dropbox.uploadQueue().contains(*app.screen().filePath()));
   }
 }
@@ -306,10 +334,12 @@ TEST_F(MainScreen, SendsTheBackupByMail) {
   EXPECT_EQ(message.attachments[0].fileName, "Varnok-2024-03-05-140709-2.vcf");
   EXPECT_EQ(message.attachments[0].bytes, app.files.files.at(kFile));
   app.mail.finish(MailComposeResult::sent);
+  EXPECT_FALSE(app.mail.inFront);
   EXPECT_EQ(app.presenter.alerts.front().title, "EXPORT_INFO");
   EXPECT_FALSE(app.screen().state().btn_Send.hidden);  // Sent stays at finished.
   app.screen().onClick_Send();
   app.mail.finish(MailComposeResult::failed);
+  EXPECT_FALSE(app.mail.inFront);
   EXPECT_TRUE(app.screen().state().btn_Send.hidden);
 }
 

@@ -74,7 +74,7 @@ class SpawnSettings {
     for (std::string& argument : copies)
       pointers.push_back(argument.data());
     pointers.push_back(nullptr);
-    return ::posix_spawn(&child, pointers.front(), &actions_, &attributes_, pointers.data(), environ);
+    return ::posix_spawnp(&child, pointers.front(), &actions_, &attributes_, pointers.data(), environ);
   }
 
  private:
@@ -126,20 +126,30 @@ std::string afterColon(std::string text) {
   return text.empty() ? text : ": " + text;
 }
 
-Status waitFor(pid_t child, const std::string& program, int errorOutput, std::chrono::milliseconds timeLimit) {
-  std::string errorText;
-  const bool ended = awaitEnd(child, errorOutput, std::chrono::steady_clock::now() + timeLimit, errorText);
-  // Not yet waited for, so the number is still the child's own.
-  if (!ended) ::kill(-child, SIGKILL);
+// The status of a child that has ended or is about to; -1 when it is not known.
+int statusOf(pid_t child) {
   int status = 0;
   pid_t waited = 0;
   do {
     waited = ::waitpid(child, &status, 0);
   } while (waited < 0 && errno == EINTR);
+  return waited == child ? status : -1;
+}
+
+bool succeeded(int status) {
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+Status waitFor(pid_t child, const std::string& program, int errorOutput, std::chrono::milliseconds timeLimit) {
+  std::string errorText;
+  const bool ended = awaitEnd(child, errorOutput, std::chrono::steady_clock::now() + timeLimit, errorText);
+  // Not yet waited for, so the number is still the child's own.
+  if (!ended) ::kill(-child, SIGKILL);
+  const int status = statusOf(child);
   if (!ended) return {Status::Code::unavailable, program + " did not end in time" + afterColon(errorText)};
-  if (waited == child && WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
+  if (succeeded(status)) return {};
   drain(errorOutput, errorText);  // What came with the end.
-  return {Status::Code::unavailable, program + " " + described(waited == child ? status : -1) + afterColon(errorText)};
+  return {Status::Code::unavailable, program + " " + described(status) + afterColon(errorText)};
 }
 
 }  // namespace
@@ -159,6 +169,19 @@ Status runProgram(const std::vector<std::string>& arguments, std::string_view in
   if (error != 0) return statusOfErrno(error, "start", program);
   childsErrorOutput.reset();
   return waitFor(child, program, errorOutput.get(), timeLimit);
+}
+
+Status launchProgram(const std::vector<std::string>& arguments, std::chrono::milliseconds time) {
+  const std::string& program = arguments.front();
+  const FileDescriptor nothing = aboveStandard(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  if (!nothing.valid()) return statusOfErrno(errno, "open", "/dev/null");
+  pid_t child = 0;
+  const int error = SpawnSettings(nothing.get(), nothing.get()).spawn(arguments, child);
+  if (error != 0) return statusOfErrno(error, "start", program);
+  std::string noText;
+  if (!awaitEnd(child, -1, std::chrono::steady_clock::now() + time, noText)) return {};
+  const int status = statusOf(child);
+  return succeeded(status) ? Status() : Status(Status::Code::unavailable, program + " " + described(status));
 }
 
 }  // namespace varnok

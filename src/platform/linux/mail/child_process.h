@@ -19,4 +19,10 @@ namespace varnok {
 Status runProgram(const std::vector<std::string>& arguments, std::string_view input,
                   std::chrono::milliseconds timeLimit);
 
+// Starts a program that may stay, such as a viewer, without input and output.
+// `arguments` begins with its path or, without "/", its name in PATH. Ok when
+// it has ended with status 0, or has not ended within `time`: then it is left
+// to itself, also when this program ends.
+Status launchProgram(const std::vector<std::string>& arguments, std::chrono::milliseconds time);
+
 }  // namespace varnok

@@ -37,6 +37,8 @@ class SendmailMailComposer : public MailComposer {
   // since nobody can be asked; failed otherwise, with the reason in the log.
   void present(MailMessage message, std::function<void(MailComposeResult)> finished) override;
 
+  void dismiss() override {}
+
  private:
   std::optional<std::string> program() const;
   void finish(MailComposeResult result, std::function<void(MailComposeResult)> finished);

@@ -28,6 +28,7 @@ class LogFeedbackService : public FeedbackService {
   explicit LogFeedbackService(DeveloperLog& log) : log_(log) {}
   void initialize(const FeedbackConfiguration& configuration) override;
   void setCustomFields(const std::map<std::string, std::string>& fields) override;
+  void present() override { log_.write("Help desk opened"); }
 
  private:
   DeveloperLog& log_;

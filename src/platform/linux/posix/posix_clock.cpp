@@ -3,8 +3,20 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
+#include <string_view>
 
 namespace varnok {
+namespace {
+
+// The zone that a file of the system's zone rules is for.
+std::string zoneOfFile(const std::string& path) {
+  constexpr std::string_view kRules = "zoneinfo/";
+  const std::size_t rules = path.find(kRules);
+  return rules == std::string::npos ? "" : path.substr(rules + kRules.size());
+}
+
+}  // namespace
 
 double PosixClock::now() const {
   timespec time{};
@@ -44,6 +56,19 @@ Instant PosixClock::instantOf(const LocalTime& local) const {
   fields.tm_sec = local.second;
   fields.tm_isdst = -1;  // Whatever is in force then.
   return Instant(std::chrono::seconds(::mktime(&fields)));
+}
+
+std::string PosixClock::timeZone() const {
+  std::string zone;
+  if (const char* given = std::getenv("TZ")) {
+    zone = given;
+    if (zone.starts_with(':')) zone.erase(0, 1);
+    if (zone.starts_with('/')) zone = zoneOfFile(zone);
+  } else {
+    std::error_code error;
+    zone = zoneOfFile(std::filesystem::read_symlink("/etc/localtime", error).string());
+  }
+  return zone.empty() ? "UTC" : zone;
 }
 
 }  // namespace varnok

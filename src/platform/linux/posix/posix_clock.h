@@ -15,6 +15,7 @@ class PosixClock : public Clock {
   double now() const override;
   LocalTime localTime(Instant instant) const override;
   Instant instantOf(const LocalTime& local) const override;
+  std::string timeZone() const override;
 
  private:
   void followZone() const;

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,6 +18,7 @@ namespace varnok {
 namespace {
 
 constexpr std::size_t kBufferSize = 262144;
+constexpr std::size_t kLargeAppend = 32768;  // Written at once: a copy would cost more than the call saves.
 constexpr std::size_t kReadStep = 65536;
 
 constexpr std::string_view kPartMark = ".part-";
@@ -70,6 +72,16 @@ int readToEnd(int fd, std::size_t expected, std::string& content) {
   return 0;
 }
 
+class PosixOpenFile : public OpenFile {
+ public:
+  explicit PosixOpenFile(FileDescriptor file) : file_(std::move(file)) {}
+
+  int takeDescriptor() override { return file_.release(); }
+
+ private:
+  FileDescriptor file_;
+};
+
 class PosixAtomicFile : public AtomicFile {
  public:
   PosixAtomicFile(std::string path, std::string partPath, FileDescriptor file)
@@ -82,11 +94,20 @@ class PosixAtomicFile : public AtomicFile {
 
   Status append(std::string_view bytes) override {
     if (!status_.ok()) return status_;
-    if (buffer_.size() + bytes.size() > kBufferSize) {
+    const bool large = bytes.size() >= kLargeAppend;
+    if (large || buffer_.size() + bytes.size() > kBufferSize) {
       if (Status status = flush(); !status.ok()) return status;
     }
-    if (bytes.size() >= kBufferSize) return write(bytes);
+    if (large) return write(bytes);
     buffer_.append(bytes);
+    return {};
+  }
+
+  Status truncate(std::uint64_t size) override {
+    if (!status_.ok()) return status_;
+    if (Status status = flush(); !status.ok()) return status;
+    const auto end = static_cast<off_t>(size);
+    if (::ftruncate(file_.get(), end) != 0 || ::lseek(file_.get(), end, SEEK_SET) != end) return fail(errno);
     return {};
   }
 
@@ -94,12 +115,17 @@ class PosixAtomicFile : public AtomicFile {
     if (!status_.ok()) return status_;
     if (Status status = flush(); !status.ok()) return status;
     if (::fsync(file_.get()) != 0) return fail(errno);
-    if (::rename(partPath_.c_str(), path_.c_str()) != 0) return fail(errno);
-    partPath_.clear();
-    status_ = {Status::Code::invalidArgument, path_ + " is finished already"};
+    if (Status status = giveName(); !status.ok()) return status;
     // With its lock it is closed only here, when nobody can take it for stale.
     file_.reset();
     return syncDirectoryOf(path_);
+  }
+
+  std::unique_ptr<OpenFile> publish(Status& status) override {
+    status = status_;
+    if (status.ok()) status = flush();
+    if (status.ok()) status = giveName();
+    return status.ok() ? std::make_unique<PosixOpenFile>(std::move(file_)) : nullptr;
   }
 
  private:
@@ -111,6 +137,13 @@ class PosixAtomicFile : public AtomicFile {
 
   Status write(std::string_view bytes) {
     if (const int error = writeAll(file_.get(), bytes)) return fail(error);
+    return {};
+  }
+
+  Status giveName() {
+    if (::rename(partPath_.c_str(), path_.c_str()) != 0) return fail(errno);
+    partPath_.clear();
+    status_ = {Status::Code::invalidArgument, path_ + " is finished already"};
     return {};
   }
 
@@ -254,6 +287,16 @@ std::vector<std::string> PosixFileSystem::filesBelow(const std::string& director
     levels.push_back({std::move(prefix), std::move(entries), 0});
   }
   return files;
+}
+
+bool PosixFileSystem::isReservedName(std::string_view name) const {
+  return isPartName(name);
+}
+
+std::uint64_t PosixFileSystem::freeSpace(const std::string& directory) {
+  struct statvfs information {};
+  if (::statvfs(directory.c_str(), &information) != 0) return 0;
+  return static_cast<std::uint64_t>(information.f_bavail) * information.f_frsize;
 }
 
 std::unique_ptr<FileLock> PosixFileSystem::tryLock(const std::string& path, Status& status) {

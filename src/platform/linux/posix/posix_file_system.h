@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/file_system.h"
@@ -29,6 +30,11 @@ class PosixFileSystem : public FileSystem {
   // A folder is followed by what it holds. Files whose path is longer than the
   // system can open are left out.
   std::vector<std::string> filesBelow(const std::string& directory) override;
+
+  bool isReservedName(std::string_view name) const override;
+
+  // What a user without privileges may take.
+  std::uint64_t freeSpace(const std::string& directory) override;
 
   // Makes the file when there is none; it stays when the lock is gone.
   std::unique_ptr<FileLock> tryLock(const std::string& path, Status& status) override;

@@ -28,6 +28,7 @@ class FileDescriptor {
   int get() const { return fd_; }
   bool valid() const { return fd_ >= 0; }
   void reset(int fd = -1);
+  int release() { return std::exchange(fd_, -1); }
 
  private:
   int fd_ = -1;

@@ -52,6 +52,9 @@ class PreferenceFileStore::File {
   // Null when the key has no value; valid until the next call.
   const Value* value(std::string_view key);
 
+  // Grows when values change otherwise than in their slots.
+  std::uint64_t generation();
+
   // A null `value` removes the key.
   void change(std::string_view key, const Value* value);
 
@@ -78,7 +81,7 @@ class PreferenceFileStore::File {
   Status readHeader(std::uint64_t size);
   void apply(PreferenceRecord record);
 
-  void refreshForRead();
+  void catchUpForRead();
   bool storeInSlot(Entry& entry, const Value& value);
   bool isStored(const Entry& entry, const Value& value) const;
   Status writePending();
@@ -99,6 +102,7 @@ class PreferenceFileStore::File {
   std::uint64_t liveSize_ = 0;     // Bytes of the records that count.
   std::uint64_t changesSeen_ = 0;  // The header's count when end_ was last brought up to date.
   bool damagedTail_ = false;       // Bytes after end_ are no record.
+  std::uint64_t generation_ = 0;
   Index index_;
   std::vector<std::string> pending_;
 };
@@ -153,6 +157,7 @@ Status PreferenceFileStore::File::useFile(FileDescriptor file) {
   words_.attach(file_.get());
   end_ = 0;
   liveSize_ = 0;
+  ++generation_;
   std::erase_if(index_, [](const auto& item) { return !item.second.pending; });
   for (auto& item : index_) {
     item.second.size = 0;
@@ -214,6 +219,7 @@ void PreferenceFileStore::File::apply(PreferenceRecord record) {
   entry.slotType = record.value ? record.value->index() : 0;
   liveSize_ += entry.size;
   if (entry.pending) return;  // This process's change comes after it.
+  ++generation_;
   entry.value = std::move(record.value);
   if (!entry.value) index_.erase(record.key);
 }
@@ -221,7 +227,7 @@ void PreferenceFileStore::File::apply(PreferenceRecord record) {
 // Reading.
 
 const Value* PreferenceFileStore::File::value(std::string_view key) {
-  if (words_.mapped() && words_.read(kPreferenceChangesOffset) != changesSeen_) refreshForRead();
+  catchUpForRead();
   const auto found = index_.find(key);
   if (found == index_.end() || !found->second.value) return nullptr;
   Entry& entry = found->second;
@@ -232,8 +238,14 @@ const Value* PreferenceFileStore::File::value(std::string_view key) {
   return &*entry.value;
 }
 
+std::uint64_t PreferenceFileStore::File::generation() {
+  catchUpForRead();
+  return generation_;
+}
+
 // A reader does not wait for a process that is writing; it looks again next time.
-void PreferenceFileStore::File::refreshForRead() {
+void PreferenceFileStore::File::catchUpForRead() {
+  if (!words_.mapped() || words_.read(kPreferenceChangesOffset) == changesSeen_) return;
   const Status status = lockAndCatchUp(LOCK_EX | LOCK_NB);
   if (status.ok()) lockWhole(file_.get(), LOCK_UN);
 }
@@ -249,6 +261,7 @@ void PreferenceFileStore::File::change(std::string_view key, const Value* value)
   Entry& entry = index_[std::string(key)];
   if (!entry.pending) pending_.emplace_back(key);
   entry.pending = true;
+  ++generation_;
   entry.value = value == nullptr ? std::nullopt : std::optional(*value);
   writePending().ignore("flush() tries again and reports");
 }
@@ -390,6 +403,9 @@ std::unique_ptr<PreferenceFileStore> PreferenceFileStore::open(const std::string
 
 const Value* PreferenceFileStore::storedValue(std::string_view key) const {
   return file_->value(key);
+}
+std::uint64_t PreferenceFileStore::storedGeneration() const {
+  return file_->generation();
 }
 void PreferenceFileStore::store(std::string_view key, const Value& value) {
   file_->change(key, &value);

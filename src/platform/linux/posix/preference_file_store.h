@@ -38,6 +38,7 @@ class PreferenceFileStore : public PreferenceStore {
   explicit PreferenceFileStore(std::unique_ptr<File> file);
 
   const Value* storedValue(std::string_view key) const override;
+  std::uint64_t storedGeneration() const override;
   void store(std::string_view key, const Value& value) override;
   void erase(std::string_view key) override;
   Status flush() override;

@@ -8,14 +8,6 @@
 #include "platform/check.h"
 
 namespace varnok {
-namespace {
-
-// A thread without work looks again this many times, this long apart.
-constexpr int kLingerLooks = 8;
-constexpr std::chrono::microseconds kLingerPause(200);
-
-}  // namespace
-
 // TaskPool.
 
 void TaskPool::post(Task task) {
@@ -31,7 +23,7 @@ void TaskPool::post(Task task) {
 
 // Sees to it that somebody takes the task at the front. Leaves `lock` unlocked.
 void TaskPool::provideThread(std::unique_lock<std::mutex>& lock) {
-  if (lingering_ || tasks_.empty()) {
+  if (tasks_.empty()) {
     lock.unlock();
   } else if (sleeping_ > woken_) {
     ++woken_;
@@ -69,13 +61,6 @@ void TaskPool::work() {
 
 // Waits until there is a task; false when the pool stops.
 bool TaskPool::awaitTasks(std::unique_lock<std::mutex>& lock) {
-  for (int look = 0; look < kLingerLooks && tasks_.empty() && !stopping_ && !lingering_; ++look) {
-    lingering_ = true;
-    lock.unlock();
-    std::this_thread::sleep_for(kLingerPause);
-    lock.lock();
-    lingering_ = false;
-  }
   while (tasks_.empty() && !stopping_) {
     ++sleeping_;
     wake_.wait(lock, [this] { return woken_ > 0 || stopping_; });
@@ -183,17 +168,9 @@ void MainQueue::moveDue() {
   posted_.clear();
 }
 
-// Looks again once before it sleeps, so that tasks posted in a steady stream
-// are not each paid for with a call to wake this thread.
 void MainQueue::wait() {
   std::unique_lock lock(mutex_);
-  const auto nothing = [this] { return posted_.empty() && !notified_; };
-  if (nothing()) {
-    lock.unlock();
-    std::this_thread::sleep_for(kLingerPause);
-    lock.lock();
-  }
-  waiting_ = nothing();
+  waiting_ = posted_.empty() && !notified_;
   const auto woken = [this] { return !waiting_; };
   if (waiting_ && delayed_.empty()) wake_.wait(lock, woken);
   if (waiting_ && !delayed_.empty()) wake_.wait_until(lock, delayed_.begin()->first, woken);

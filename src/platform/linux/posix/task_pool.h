@@ -74,7 +74,6 @@ class TaskPool {
   std::condition_variable wake_;
   std::size_t sleeping_ = 0;  // Threads that wait for wake_.
   std::size_t woken_ = 0;     // Those of them that have been called.
-  bool lingering_ = false;    // One thread is looking for tasks of its own accord.
   bool stopping_ = false;
 };
 

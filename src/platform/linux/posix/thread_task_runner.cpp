@@ -22,6 +22,7 @@ class ThreadTaskRunner::State {
  public:
   const std::thread::id mainThread = std::this_thread::get_id();
   WorkCount count{[this] { main.notify(); }};
+  WorkCount services{[] {}};
   MainQueue main{count};
   TaskPool detached{count, kDetachedThreads, kDetachedBatch};
   TaskPool global{count, kGlobalThreads, /*batch=*/1};
@@ -35,8 +36,8 @@ namespace {
 template <typename Owner>
 class ThreadQueue : public SerialQueue {
  public:
-  explicit ThreadQueue(std::shared_ptr<Owner> owner)
-      : owner_(std::move(owner)), pool_(owner_->count, /*threads=*/1, /*batch=*/1) {}
+  ThreadQueue(std::shared_ptr<Owner> owner, WorkCount& count)
+      : owner_(std::move(owner)), pool_(count, /*threads=*/1, /*batch=*/1) {}
   ThreadQueue(const ThreadQueue&) = delete;
   ThreadQueue& operator=(const ThreadQueue&) = delete;
   ~ThreadQueue() override {
@@ -84,7 +85,11 @@ void ThreadTaskRunner::detached(Task task) {
 }
 
 std::unique_ptr<SerialQueue> ThreadTaskRunner::operationQueue() {
-  return std::make_unique<ThreadQueue<State>>(state_);
+  return std::make_unique<ThreadQueue<State>>(state_, state_->count);
+}
+
+std::unique_ptr<SerialQueue> ThreadTaskRunner::serviceQueue() {
+  return std::make_unique<ThreadQueue<State>>(state_, state_->services);
 }
 
 void ThreadTaskRunner::run() {

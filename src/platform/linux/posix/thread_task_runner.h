@@ -18,6 +18,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <thread>
 
 #include "platform/task_runner.h"
 
@@ -34,8 +35,10 @@ class ThreadTaskRunner : public TaskRunner {
   void mainThreadAfter(std::chrono::milliseconds delay, Task task) override;
   bool isMainThread() const final;
   void globalQueue(Task task) override;
+  void sleep(std::chrono::milliseconds time) override { std::this_thread::sleep_for(time); }
   void detached(Task task) override;
   std::unique_ptr<SerialQueue> operationQueue() override;
+  std::unique_ptr<SerialQueue> serviceQueue() override;
 
   // Main thread only; also from within a task. Runs main-thread tasks until
   // quit() is called.

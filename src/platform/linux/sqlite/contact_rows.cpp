@@ -2,12 +2,18 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
+#include <limits>
 
 namespace varnok {
 namespace {
 
 // A window ends early when its texts reach so many bytes.
 constexpr std::size_t kWindowBytes = 1U << 20U;
+
+// Room for the texts of a usual window, photos apart. Taken from the system when
+// it is written to.
+constexpr std::size_t kUsualWindowBytes = kWindowBytes / 4;
 
 constexpr std::string_view kPersonScan =
     "SELECT id, first_name, last_name, middle_name, prefix, suffix, nickname, first_name_phonetic, "
@@ -24,15 +30,25 @@ std::int64_t decimal(std::string_view text) {
   return number;
 }
 
+EntryValue entryValue(const EntryView& entry, PropertyType listType) {
+  if (listType == PropertyType::multiDateTime) return entry.instant;
+  if (listType == PropertyType::multiDictionary) return decodeDictionary(entry.text);
+  return std::string(entry.text);
+}
+
 }  // namespace
 
 ContactRows::ContactRows(Database& database)
-    : personScan_(database.prepare(kPersonScan)), entryScan_(database.prepare(kEntryScan)) {}
+    : personScan_(database.prepare(kPersonScan)),
+      entryScan_(database.prepare(kEntryScan)),
+      firstTexts_(std::make_unique_for_overwrite<std::byte[]>(kUsualWindowBytes)),
+      texts_(firstTexts_.get(), kUsualWindowBytes) {}
 
 void ContactRows::clear() {
   persons_.clear();
-  entries_.clear();
-  bytes_.clear();
+  forgetEntries();
+  texts_.release();
+  textBytes_ = 0;
   lastFound_ = 0;
   first_ = 0;
   last_ = -1;
@@ -40,9 +56,7 @@ void ContactRows::clear() {
 
 Status ContactRows::load(RecordID first, int count) {
   clear();
-  if (Status status = loadPersons(first, count); !status.ok()) return status;
-  Status status = persons_.empty() ? Status() : loadEntries();
-  if (!status.ok()) {
+  if (Status status = loadPersons(first, count); !status.ok()) {
     clear();
     return status;
   }
@@ -62,22 +76,41 @@ Status ContactRows::loadPersons(RecordID first, int count) {
     if (!personScan_.isNull(kBirthdayColumn)) person.birthday = personScan_.integer(kBirthdayColumn);
     if (!personScan_.isNull(kKindColumn)) person.kind = personScan_.integer(kKindColumn);
     person.hasImage = !personScan_.isNull(kImageColumn);
-    if (bytes_.size() > kWindowBytes) break;
+    if (textBytes_ > kWindowBytes) break;
   }
   personScan_.reset();
   return personScan_.status();
 }
 
-Status ContactRows::loadEntries() {
-  std::size_t index = 0;
-  entryScan_.bind(persons_.front().id).bind(persons_.back().id);
+Status ContactRows::loadEntries(RecordID id) {
+  if (id >= firstWithEntries_) return {};
+  forgetEntries();
+  if (Status status = scanEntries(indexOf(id)); !status.ok()) {
+    forgetEntries();
+    return status;
+  }
+  firstWithEntries_ = id;
+  last_ = persons_.back().id;
+  return {};
+}
+
+void ContactRows::forgetEntries() {
+  entries_.clear();
+  properties_.clear();
+  for (Person& person : persons_)
+    person.firstEntry = person.endEntry = 0;
+  firstWithEntries_ = std::numeric_limits<RecordID>::max();
+}
+
+Status ContactRows::scanEntries(std::size_t index) {
+  entryScan_.bind(persons_[index].id).bind(persons_.back().id);
   while (entryScan_.step()) {
     const auto id = static_cast<RecordID>(entryScan_.integer(0));
     const auto property = propertyWithNumber(entryScan_.integer(1));
     // A person whose entries make the window too large is read whole; later
     // ones are left for the next window.
     const bool next = persons_[index].id != id;
-    if (next && bytes_.size() > 2 * kWindowBytes) {
+    if (next && textBytes_ > 2 * kWindowBytes) {
       persons_.resize(index + 1);
       break;
     }
@@ -87,31 +120,46 @@ Status ContactRows::loadEntries() {
     }
     if (index == persons_.size()) break;
     if (persons_[index].id != id || !property) continue;
-    entries_.push_back({*property, keep(entryScan_.text(2)), keep(entryScan_.text(3))});
+    addEntry(*property, entryScan_.text(2), entryScan_.text(3).value_or(std::string_view()));
     persons_[index].endEntry = static_cast<std::uint32_t>(entries_.size());
   }
   entryScan_.reset();
   return entryScan_.status();
 }
 
-ContactRows::Text ContactRows::keep(std::optional<std::string_view> text) {
-  if (!text) return {};
-  const Text kept{static_cast<std::uint32_t>(bytes_.size()), static_cast<std::uint32_t>(text->size())};
-  bytes_ += *text;
-  return kept;
+void ContactRows::addEntry(PropertyID property, Text label, std::string_view value) {
+  EntryView& entry = entries_.emplace_back();
+  properties_.push_back(property);
+  entry.label = keep(label);
+  entry.text = *keep(value);
+  const PropertyType type = propertyOf(property).type;
+  if (type == PropertyType::multiDateTime) entry.instant = Instant(std::chrono::seconds(decimal(entry.text)));
+  if (type == PropertyType::multiDictionary) entry.dictionary = DictionaryView(entry.text);
 }
 
-std::optional<std::string> ContactRows::textOf(Text text) const {
-  if (text.length == Text::kAbsent) return std::nullopt;
-  return std::string(viewOf(text));
+ContactRows::Text ContactRows::keep(Text text) {
+  if (!text || text->empty()) return text ? Text("") : std::nullopt;
+  auto* bytes = static_cast<char*>(texts_.allocate(text->size(), /*alignment=*/1));
+  std::memcpy(bytes, text->data(), text->size());
+  textBytes_ += text->size();
+  return std::string_view(bytes, text->size());
 }
 
+// A pass goes from one person to the next.
 const ContactRows::Person* ContactRows::find(RecordID id) const {
-  if (lastFound_ < persons_.size() && persons_[lastFound_].id == id) return &persons_[lastFound_];
-  const auto found = std::ranges::lower_bound(persons_, id, {}, &Person::id);
-  if (found == persons_.end() || found->id != id) return nullptr;
-  lastFound_ = static_cast<std::size_t>(found - persons_.begin());
-  return &*found;
+  for (std::size_t guess = lastFound_; guess < persons_.size() && guess <= lastFound_ + 1; ++guess) {
+    if (persons_[guess].id != id) continue;
+    lastFound_ = guess;
+    return &persons_[guess];
+  }
+  const std::size_t index = indexOf(id);
+  if (index == persons_.size() || persons_[index].id != id) return nullptr;
+  lastFound_ = index;
+  return &persons_[index];
+}
+
+std::size_t ContactRows::indexOf(RecordID id) const {
+  return static_cast<std::size_t>(std::ranges::lower_bound(persons_, id, {}, &Person::id) - persons_.begin());
 }
 
 bool ContactRows::hasImage(RecordID id) const {
@@ -122,61 +170,48 @@ bool ContactRows::hasImage(RecordID id) const {
 std::optional<PropertyValue> ContactRows::value(RecordID id, PropertyID property) const {
   const Person* person = find(id);
   if (person == nullptr) return std::nullopt;
-  const int number = static_cast<int>(property);
-  if (number <= kTextColumns) return textOf(person->texts[static_cast<std::size_t>(number - 1)]);
   if (property == kABPersonBirthdayProperty) {
     if (!person->birthday) return std::nullopt;
     return Instant(std::chrono::seconds(*person->birthday));
   }
   if (property == kABPersonKindProperty) return person->kind;
-  return listOf(*person, propertyOf(property));
+  const Property& known = propertyOf(property);
+  if (isMultiValued(known.type)) return listOf(*person, known);
+  const Text text = this->text(id, property);
+  return text ? std::optional<PropertyValue>(std::string(*text)) : std::nullopt;
 }
 
 std::optional<std::string_view> ContactRows::text(RecordID id, PropertyID property) const {
   const Person* person = find(id);
   const auto index = static_cast<std::size_t>(property) - 1;
-  if (person == nullptr || index >= person->texts.size()) return std::nullopt;
-  const Text text = person->texts[index];
-  return text.length == Text::kAbsent ? std::nullopt : std::optional(viewOf(text));
+  return person == nullptr || index >= person->texts.size() ? std::nullopt : person->texts[index];
 }
 
 std::optional<PropertyValue> ContactRows::listOf(const Person& person, const Property& property) const {
-  const std::span<const Entry> entries = entriesOf(person, property.id);
+  const std::span<const EntryView> entries = entriesOf(person, property.id);
   if (entries.empty()) return std::nullopt;
   MultiValue list{property.type, {}};
   list.entries.reserve(entries.size());
-  for (const Entry& entry : entries) {
-    list.entries.push_back({textOf(entry.label), entryValue(entry.value, property.type)});
+  for (const EntryView& entry : entries) {
+    list.entries.push_back(
+        {entry.label ? std::optional<std::string>(*entry.label) : std::nullopt, entryValue(entry, property.type)});
   }
   return list;
 }
 
-void ContactRows::views(RecordID id, PropertyID property, std::vector<EntryView>& views) const {
+std::span<const EntryView> ContactRows::entries(RecordID id, PropertyID property) const {
   const Person* person = find(id);
-  if (person == nullptr) return;
-  const PropertyType type = propertyOf(property).type;
-  for (const Entry& entry : entriesOf(*person, property)) {
-    EntryView& view = views.emplace_back();
-    if (entry.label.length != Text::kAbsent) view.label = viewOf(entry.label);
-    view.text = viewOf(entry.value);
-    if (type == PropertyType::multiDateTime) view.instant = Instant(std::chrono::seconds(decimal(view.text)));
-    if (type == PropertyType::multiDictionary) view.dictionary = DictionaryView(view.text);
-  }
+  return person == nullptr ? std::span<const EntryView>() : entriesOf(*person, property);
 }
 
-std::span<const ContactRows::Entry> ContactRows::entriesOf(const Person& person, PropertyID property) const {
-  const auto begin = entries_.begin() + person.firstEntry;
-  const auto end = entries_.begin() + person.endEntry;
-  const auto first = std::find_if(begin, end, [&](const Entry& entry) { return entry.property == property; });
-  const auto last = std::find_if(first, end, [&](const Entry& entry) { return entry.property != property; });
-  return {first, last};
-}
-
-EntryValue ContactRows::entryValue(Text text, PropertyType listType) const {
-  const std::string_view bytes = viewOf(text);
-  if (listType == PropertyType::multiDateTime) return Instant(std::chrono::seconds(decimal(bytes)));
-  if (listType == PropertyType::multiDictionary) return decodeDictionary(bytes);
-  return std::string(bytes);
+std::span<const EntryView> ContactRows::entriesOf(const Person& person, PropertyID property) const {
+  std::size_t first = person.firstEntry;
+  while (first < person.endEntry && properties_[first] != property)
+    ++first;
+  std::size_t end = first;
+  while (end < person.endEntry && properties_[end] == property)
+    ++end;
+  return std::span(entries_).subspan(first, end - first);
 }
 
 }  // namespace varnok

@@ -70,22 +70,27 @@ Status useWriteAheadLog(Database& database) {
 }
 
 // SQLite would let others of the machine read a file that it makes; its log
-// files take the mode of the database.
+// files take the mode of the database. A file that is there is not opened: to
+// close it would give up the locks that this process's connections hold on it.
 void createPrivately(const std::string& path) {
-  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (fd >= 0) ::close(fd);
+}
+
+// As readVersion(), but a newer version is a failure.
+Status readKnownVersion(Database& database, const std::string& path, std::int64_t& version) {
+  if (Status status = database.execute("BEGIN"); !status.ok()) return status;
+  Status status = readVersion(database, path, version);
+  database.execute("COMMIT").ignore("it only read");
+  if (!status.ok() || version <= kSchemaVersion) return status;
+  return {Status::Code::newerVersion,
+          "the address book " + path + " was written by a newer version of this application; it was left as it is"};
 }
 
 Status prepare(Database& database, const std::string& path) {
   std::int64_t version = 0;
-  if (Status status = database.execute("BEGIN"); !status.ok()) return status;
-  Status status = readVersion(database, path, version);
-  database.execute("COMMIT").ignore("it only read");
+  Status status = readKnownVersion(database, path, version);
   if (!status.ok()) return status;
-  if (version > kSchemaVersion) {
-    return {Status::Code::newerVersion,
-            "the address book " + path + " was written by a newer version of this application; it was left as it is"};
-  }
   if (version == 0) {
     status = createTables(database, path);
     if (status.ok()) status = useWriteAheadLog(database);
@@ -102,6 +107,11 @@ std::unique_ptr<Database> openContactDatabase(const std::string& path, Status& s
   if (database == nullptr) return nullptr;
   status = prepare(*database, path);
   return status.ok() ? std::move(database) : nullptr;
+}
+
+bool isContactDatabase(Database& database, const std::string& path) {
+  std::int64_t version = 0;
+  return readKnownVersion(database, path, version).ok() && version == kSchemaVersion;
 }
 
 }  // namespace varnok

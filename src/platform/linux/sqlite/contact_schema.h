@@ -16,4 +16,7 @@ namespace varnok {
 // program; both are left exactly as they are.
 std::unique_ptr<Database> openContactDatabase(const std::string& path, Status& status);
 
+// Whether an open file still is an address book of this version.
+bool isContactDatabase(Database& database, const std::string& path);
+
 }  // namespace varnok

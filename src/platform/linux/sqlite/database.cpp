@@ -100,9 +100,12 @@ std::int64_t Statement::integer(int column) const {
 }
 
 std::optional<std::string_view> Statement::text(int column) const {
-  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_.get(), column));
+  // The value is looked up once for both questions: a pass over a book asks them
+  // for every column.
+  sqlite3_value* value = sqlite3_column_value(statement_.get(), column);
+  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
   if (text == nullptr) return std::nullopt;
-  return std::string_view(text, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column)));
+  return std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
 }
 
 std::string_view Statement::blob(int column) const {
@@ -155,6 +158,12 @@ std::optional<std::int64_t> Database::queryInteger(std::string_view sql, Status&
 
 std::int64_t Database::lastInsertRowid() const {
   return sqlite3_last_insert_rowid(database_.get());
+}
+
+bool Database::hasMoved() const {
+  int moved = 0;
+  const int code = sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  return code != SQLITE_OK || moved != 0;
 }
 
 Status Database::statusOf(int code) const {

@@ -1,6 +1,6 @@
 // Database and Statement: SQLite behind RAII and Status.
 //
-// Threads. A connection and its statements belong to the thread that opened it.
+// Threads. A connection and its statements are used by one thread at a time.
 
 #pragma once
 
@@ -76,6 +76,9 @@ class Database {
   std::optional<std::int64_t> queryInteger(std::string_view sql, Status& status);
 
   std::int64_t lastInsertRowid() const;
+
+  // Whether the file at the path is not the open one any more.
+  bool hasMoved() const;
 
   // What an SQLite result code means, with this file's name.
   Status statusOf(int code) const;

@@ -9,9 +9,6 @@
 namespace varnok {
 namespace {
 
-// Persons read at once by a pass over the book.
-constexpr int kLargestWindow = 256;
-
 constexpr std::array<std::string_view, kKindColumn> kColumns{
     "first_name",         "last_name",    "middle_name", "prefix",    "suffix", "nickname", "first_name_phonetic",
     "last_name_phonetic", "organization", "department",  "job_title", "note",   "birthday", "kind",
@@ -57,98 +54,13 @@ std::string entryText(const EntryValue& value) {
 
 }  // namespace
 
-SQLiteContactBackend::SQLiteContactBackend(std::string path, std::unique_ptr<Database> reader)
-    : path_(std::move(path)),
-      reader_(std::move(reader)),
-      rows_(*reader_),
-      imageQuery_(reader_->prepare("SELECT bytes FROM image WHERE person = ?1")) {}
+SQLiteContactBackend::SQLiteContactBackend(std::shared_ptr<IdleContactReader> idle,
+                                           std::unique_ptr<ContactReader> reader)
+    : idle_(std::move(idle)), reader_(std::move(reader)) {}
 
-void SQLiteContactBackend::beginReading() {
-  if (reading_) return;
-  Status status = reader_->execute("BEGIN");
-  reading_ = status.ok();
-  if (!status.ok() && readStatus_.ok()) readStatus_ = status;
-}
-
-void SQLiteContactBackend::endReading() {
-  rows_.clear();
-  window_ = 1;
-  if (reading_) reader_->execute("COMMIT").ignore("a transaction that only read has nothing to lose");
-  reading_ = false;
-}
-
-std::vector<RecordID> SQLiteContactBackend::allIDs() {
-  return readIDs("SELECT id FROM person ORDER BY id");
-}
-
-std::vector<RecordID> SQLiteContactBackend::idsWithImage() {
-  return readIDs("SELECT person FROM image ORDER BY person");
-}
-
-std::vector<RecordID> SQLiteContactBackend::readIDs(std::string_view sql) {
-  beginReading();
-  std::vector<RecordID> ids;
-  Statement statement = reader_->prepare(sql);
-  while (statement.step())
-    ids.push_back(static_cast<RecordID>(statement.integer(0)));
-  if (!statement.status().ok() && readStatus_.ok()) readStatus_ = statement.status();
-  ids.shrink_to_fit();
-  return ids;
-}
-
-int SQLiteContactBackend::personCount() {
-  beginReading();
-  Status status;
-  const std::int64_t count = reader_->queryInteger("SELECT count(*) FROM person", status).value_or(0);
-  if (!status.ok() && readStatus_.ok()) readStatus_ = status;
-  return static_cast<int>(count);
-}
-
-// A pass over the book asks for ever larger identifiers, and gets ever larger
-// windows; a single look-up reads a single person.
-void SQLiteContactBackend::load(RecordID id) {
-  if (rows_.covers(id)) return;
-  beginReading();
-  window_ = id > rows_.last() && rows_.last() >= 0 ? std::min(window_ * 4, kLargestWindow) : 1;
-  Status status = rows_.load(id, window_);
-  if (!status.ok() && readStatus_.ok()) readStatus_ = status;
-}
-
-bool SQLiteContactBackend::contains(RecordID id) {
-  load(id);
-  return rows_.contains(id);
-}
-
-std::optional<PropertyValue> SQLiteContactBackend::value(RecordID id, PropertyID property) {
-  load(id);
-  return rows_.value(id, property);
-}
-
-std::optional<std::string_view> SQLiteContactBackend::text(RecordID id, PropertyID property) {
-  load(id);
-  return rows_.text(id, property);
-}
-
-void SQLiteContactBackend::entries(RecordID id, PropertyID property, std::vector<EntryView>& views) {
-  load(id);
-  rows_.views(id, property, views);
-}
-
-bool SQLiteContactBackend::hasImage(RecordID id) {
-  load(id);
-  return rows_.hasImage(id);
-}
-
-std::optional<std::string> SQLiteContactBackend::image(RecordID id) {
-  // A person of another window is asked for by a look ahead: the rows stay.
-  if (rows_.covers(id) && !rows_.hasImage(id)) return std::nullopt;
-  beginReading();
-  std::optional<std::string> bytes;
-  imageQuery_.bind(id);
-  if (imageQuery_.step()) bytes = std::string(imageQuery_.blob(0));
-  imageQuery_.reset();
-  if (!imageQuery_.status().ok() && readStatus_.ok()) readStatus_ = imageQuery_.status();
-  return bytes;
+// The log file goes when the last connection closes, so none is kept after a write.
+SQLiteContactBackend::~SQLiteContactBackend() {
+  if (!hasWritten_) idle_->give(std::move(reader_));
 }
 
 SQLiteContactBackend::Writer::Writer(std::unique_ptr<Database> connection)
@@ -204,12 +116,13 @@ Status SQLiteContactBackend::beginWriting() {
   if (writing_) return {};
   if (writer_ == nullptr) {
     Status status;
-    auto database = openContactDatabase(path_, status);
+    auto database = openContactDatabase(idle_->path(), status);
     if (database == nullptr) return status;
     writer_ = std::make_unique<Writer>(std::move(database));
   }
   Status status = writer_->database->execute("BEGIN IMMEDIATE");
   writing_ = status.ok();
+  hasWritten_ = hasWritten_ || writing_;
   return status;
 }
 
@@ -252,7 +165,7 @@ Status SQLiteContactBackend::commit() {
     if (Status status = writer_->database->execute("COMMIT"); !status.ok()) return status;
     writing_ = false;
   }
-  endReading();
+  reader_->endReading();
   return {};
 }
 
@@ -261,7 +174,7 @@ void SQLiteContactBackend::rollback() {
   writing_ = false;
   // A statement that failed keeps its failure; the next write starts afresh.
   writer_.reset();
-  endReading();
+  reader_->endReading();
 }
 
 }  // namespace varnok

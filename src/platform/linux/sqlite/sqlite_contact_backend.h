@@ -5,7 +5,7 @@
 #include <string>
 
 #include "contacts/contact_store.h"
-#include "platform/linux/sqlite/contact_rows.h"
+#include "platform/linux/sqlite/contact_reader.h"
 #include "platform/linux/sqlite/database.h"
 
 namespace varnok {
@@ -13,18 +13,26 @@ namespace varnok {
 // One handle's two connections: one that reads a fixed state, one that writes.
 class SQLiteContactBackend : public ContactBackend {
  public:
-  SQLiteContactBackend(std::string path, std::unique_ptr<Database> reader);
+  // `reader`, which comes from `idle`, goes back there.
+  SQLiteContactBackend(std::shared_ptr<IdleContactReader> idle, std::unique_ptr<ContactReader> reader);
+  SQLiteContactBackend(const SQLiteContactBackend&) = delete;
+  SQLiteContactBackend& operator=(const SQLiteContactBackend&) = delete;
+  ~SQLiteContactBackend() override;
 
-  std::vector<RecordID> allIDs() override;
-  std::vector<RecordID> idsWithImage() override;
-  int personCount() override;
-  bool contains(RecordID id) override;
-  std::optional<PropertyValue> value(RecordID id, PropertyID property) override;
-  std::optional<std::string_view> text(RecordID id, PropertyID property) override;
-  void entries(RecordID id, PropertyID property, std::vector<EntryView>& views) override;
-  bool hasImage(RecordID id) override;
-  std::optional<std::string> image(RecordID id) override;
-  Status readStatus() const override { return readStatus_; }
+  std::vector<RecordID> allIDs() override { return reader_->allIDs(); }
+  std::vector<RecordID> idsWithImage() override { return reader_->idsWithImage(); }
+  int personCount() override { return reader_->personCount(); }
+  bool contains(RecordID id) override { return reader_->contains(id); }
+  std::optional<PropertyValue> value(RecordID id, PropertyID property) override { return reader_->value(id, property); }
+  std::optional<std::string_view> text(RecordID id, PropertyID property) override {
+    return reader_->text(id, property);
+  }
+  std::span<const EntryView> entries(RecordID id, PropertyID property) override {
+    return reader_->entries(id, property);
+  }
+  bool hasImage(RecordID id) override { return reader_->hasImage(id); }
+  std::optional<std::string> image(RecordID id) override { return reader_->image(id); }
+  Status readStatus() const override { return reader_->status(); }
 
   Status insert(const PersonChanges& person, RecordID& id) override;
   Status update(RecordID id, const PersonChanges& changes) override;
@@ -52,22 +60,13 @@ class SQLiteContactBackend : public ContactBackend {
     std::array<Statement, 3> deletePerson;
   };
 
-  std::vector<RecordID> readIDs(std::string_view sql);
-  void beginReading();
-  void endReading();
-  // Makes sure that rows_ holds the person if there is one.
-  void load(RecordID id);
   Status beginWriting();
 
-  std::string path_;
-  std::unique_ptr<Database> reader_;
-  ContactRows rows_;
-  Statement imageQuery_;
-  int window_ = 1;
-  bool reading_ = false;
-  Status readStatus_;
+  std::shared_ptr<IdleContactReader> idle_;
+  std::unique_ptr<ContactReader> reader_;
   std::unique_ptr<Writer> writer_;
-  bool writing_ = false;
+  bool writing_ = false;     // A transaction is open.
+  bool hasWritten_ = false;  // One has been.
 };
 
 }  // namespace varnok

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "contacts/contact_store.h"
+#include "platform/linux/sqlite/contact_reader.h"
 
 namespace varnok {
 
@@ -18,7 +19,7 @@ class SQLiteContactStoreProvider : public ContactStoreProvider {
  public:
   // The folder of `path` must exist. The file is made when it is first opened.
   explicit SQLiteContactStoreProvider(std::string path, SortOrdering ordering = SortOrdering::byFirstName)
-      : path_(std::move(path)), ordering_(ordering) {}
+      : idle_(std::make_shared<IdleContactReader>(std::move(path))), ordering_(ordering) {}
 
   // The user's own file asks for no permission.
   AuthorizationStatus authorizationStatus() override { return AuthorizationStatus::authorized; }
@@ -30,7 +31,7 @@ class SQLiteContactStoreProvider : public ContactStoreProvider {
   SortOrdering sortOrdering() const override { return ordering_; }
 
  private:
-  std::string path_;
+  std::shared_ptr<IdleContactReader> idle_;
   SortOrdering ordering_;
 };
 

@@ -33,6 +33,17 @@ TEST(PosixClock, FollowsAChangeOfTheZone) {
   EXPECT_EQ(clock.instantOf({2024, 7, 5, 16, 7, 9}), kSummer);
 }
 
+TEST(PosixClock, NamesTheZone) {
+  const PosixClock clock;
+  for (const auto& [given, named] :
+       {std::pair("Europe/Vienna", "Europe/Vienna"), std::pair(":Asia/Tokyo", "Asia/Tokyo"),
+        std::pair("/usr/share/zoneinfo/America/Lima", "America/Lima"), std::pair("", "UTC"),
+        std::pair("/elsewhere", "UTC")}) {
+    const Zone zone(given);
+    EXPECT_EQ(clock.timeZone(), named) << given;
+  }
+}
+
 TEST(PosixClock, ReadsTimesBefore1970AndFarAway) {
   const PosixClock clock;
   const Zone zone("UTC0");

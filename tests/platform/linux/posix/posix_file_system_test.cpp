@@ -40,6 +40,43 @@ class PosixFileSystemTest : public ::testing::Test {
   PosixFileSystem files_;
 };
 
+TEST_F(PosixFileSystemTest, APublishedFileIsReadWhateverTakesItsName) {
+  Status status;
+  const auto first = begun(path_);
+  EXPECT_TRUE(first->append("first").ok());
+  const auto open = first->publish(status);
+  ASSERT_NE(open, nullptr);
+  const auto second = begun(path_);
+  EXPECT_TRUE(second->append("second").ok());
+  ASSERT_NE(second->publish(status), nullptr);
+  EXPECT_EQ(contentOf(path_), "second");
+  const int descriptor = open->takeDescriptor();
+  EXPECT_EQ(open->takeDescriptor(), -1);
+  char bytes[10];
+  EXPECT_EQ(std::string_view(bytes, static_cast<std::size_t>(::pread(descriptor, bytes, sizeof bytes, 0))), "first");
+  ::close(descriptor);
+  EXPECT_EQ(first->publish(status), nullptr);
+  EXPECT_FALSE(status.ok());
+}
+
+TEST_F(PosixFileSystemTest, ATruncatedFileContinuesWhereItWasCut) {
+  const auto file = begun(path_);
+  for (const std::string& piece : {std::string(300'000, 'a'), std::string("bcd")})
+    EXPECT_TRUE(file->append(piece).ok());
+  EXPECT_TRUE(file->truncate(300'001).ok());
+  EXPECT_TRUE(file->append("e").ok());
+  EXPECT_TRUE(file->commit().ok());
+  EXPECT_EQ(contentOf(path_), std::string(300'000, 'a') + "be");
+}
+
+TEST_F(PosixFileSystemTest, KnowsItsNamesAndItsRoom) {
+  EXPECT_TRUE(files_.isReservedName(".backup.vcf.part-aB3dE9"));
+  EXPECT_FALSE(files_.isReservedName("backup.vcf.part-aB3dE9"));
+  EXPECT_FALSE(files_.isReservedName(".part-a"));
+  EXPECT_GT(files_.freeSpace(directory_.path()), 0U);
+  EXPECT_EQ(files_.freeSpace("/nonexistent"), 0U);
+}
+
 TEST_F(PosixFileSystemTest, AFileAppearsWholeOrNotAtAll) {
   setContent(path_, "old");
   const std::string large(1'000'000, 'x');

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <functional>
 #include <random>
@@ -123,6 +124,20 @@ TEST(PreferenceFileStore, SeesWhatAnotherProcessSets) {
   EXPECT_EQ(theirs->integerForKey("key"), 3);
   theirs->removeObjectForKey("key");
   EXPECT_EQ(ours->objectForKey("key"), std::nullopt);
+}
+
+TEST(PreferenceFileStore, SwitchesReadTogetherFollowAnotherProcess) {
+  constexpr std::array<std::string_view, 1> kKeys{"key"};
+  const TemporaryDirectory directory;
+  const std::string path = directory / "preferences.db";
+  const auto ours = opened(path);
+  const auto theirs = opened(path);
+  for (const Value& value : {Value("YES"), Value("NO"), Value(true), Value(false), Value("YES")}) {
+    theirs->setValue(value, "key");
+    EXPECT_EQ(ours->boolsForKeys(kKeys), theirs->boolForKey("key") ? 1U : 0U);
+  }
+  theirs->removeObjectForKey("key");
+  EXPECT_EQ(ours->boolsForKeys(kKeys), 0U);
 }
 
 // A file with three records, and what it holds.

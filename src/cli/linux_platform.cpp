@@ -84,34 +84,10 @@ LinuxPlatform::LinuxPlatform(Paths paths, const PlatformOptions& options,
 
 Services LinuxPlatform::services(MailComposer* composer) {
   MailComposer& mail = composer == nullptr ? mail_ : *composer;
-  return {*preferences_,
-          contacts_,
-          files_,
-          *texts_,
-          codec_,
-          collation_,
-          clock_,
-          dates_,
-          random_,
-          images_,
-          tasks_,
-          presenter_,
-          notifications_,
-          reminders_,
-          mail,
-          handOver_,
-          network_,
-          idleTimer_,
-          dropboxClient_,
-          dropbox_,
-          rating_,
-          crashReporter_,
-          feedback_,
-          log_,
-          device_,
-          paths_.documents,
-          paths_.backupLock,
-          paths_.webPages};
+  return {*preferences_,  contacts_, files_,   *texts_,    codec_,           collation_,        clock_,
+          dates_,         random_,   images_,  tasks_,     presenter_,       notifications_,    reminders_,
+          mail,           handOver_, network_, idleTimer_, dropboxClient_,   dropbox_,          rating_,
+          crashReporter_, feedback_, log_,     device_,    paths_.documents, paths_.backupLock, paths_.webPages};
 }
 
 }  // namespace varnok

@@ -13,9 +13,9 @@ struct Paths {
   std::string reminder;  // The planned one.
   std::string dropboxAccount;
   bool useKeyring = true;  // Not where everything is to be in one folder.
-  std::string log;       // A directory.
-  std::string texts;     // Compiled catalogues, a directory.
-  std::string webPages;  // Of the web access, a directory.
+  std::string log;         // A directory.
+  std::string texts;       // Compiled catalogues, a directory.
+  std::string webPages;    // Of the web access, a directory.
 };
 
 // Everything under `home`; when that is empty, under VARNOK_HOME; else where the

@@ -108,15 +108,21 @@ void addTable(Page& page, const Screen& screen) {
   }
 }
 
+bool isLabel(const ScreenControl& control) {
+  return control.name.starts_with("lbl_");
+}
+
+void addLabels(Page& page, const Screen& screen) {
+  for (const ScreenControl& control : screen.controls()) {
+    if (isLabel(control) && !control.hidden && !control.text.empty()) page.paragraph(control.text);
+  }
+}
+
 void addControls(Page& page, const Screen& screen) {
   page.blank();
   char letter = 'a';
   for (const ScreenControl& control : screen.controls()) {
-    if (control.hidden || control.text.empty()) continue;
-    if (control.name.starts_with("lbl_")) {
-      page.paragraph(control.text);
-      continue;
-    }
+    if (control.hidden || isLabel(control)) continue;
     const std::string key(1, letter++);
     const std::string off = control.enabled ? "" : " (off)";
     if (control.segments.empty()) {
@@ -161,6 +167,7 @@ ScreenText screenText(const PresentationStack& stack, const ShellMailComposer& m
     page.heading(front.title().value_or("Varnok"), '=');
     if (const auto* overlay = stack.overlay()) page.paragraph(overlay->text + (overlay->checkmark ? " (x)" : " ..."));
     if (const auto header = front.tableHeader()) page.paragraph(*header);
+    addLabels(page, front);
     addTable(page, front);
     addControls(page, front);
   }

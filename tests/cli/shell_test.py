@@ -33,9 +33,8 @@ class Shell:
         return self
 
     def __exit__(self, *_):
-        if self.process.poll() is None:
-            self.process.stdin.close()
-            self.process.wait(cli_support.TIME_LIMIT)
+        self.process.stdin.close()
+        self.process.wait(cli_support.TIME_LIMIT)
         self.process.stdout.close()
         self.process.stderr.close()
 
@@ -155,7 +154,7 @@ class Screens(cli_support.Case):
         with Shell(home, "--language", "en") as shell:
             shell.back_up()
             settings = shell.tap("btn_Settings")
-            place = row_of(settings, "Remove Duplicates")
+            place = row_of(settings, "Delete Duplicate Contacts")
             shell.do("press", **place)
             screen = shell.wait()
             self.assertEqual(screen["screen"], "DuplicateRecordsTableViewController")

@@ -32,7 +32,7 @@ HTTPLoop::HTTPLoop(TaskRunner& tasks) : tasks_(tasks), work_(context_.get_execut
 void HTTPLoop::start() {
   const std::scoped_lock lock(mutex_);
   for (std::size_t i = 0; i < kThreads; ++i) {
-    threads_.push_back(tasks_.operationQueue());
+    threads_.push_back(tasks_.serviceQueue());
     idle_.push_back(kThreads - 1 - i);
   }
   postLead();

@@ -12,7 +12,7 @@
 // listens again.
 //
 // Threads. All members belong to the thread that made the server, except where
-// said otherwise. The server's own threads come from TaskRunner::operationQueue,
+// said otherwise. The server's own threads come from TaskRunner::serviceQueue,
 // made when first needed and gone when stop() returns.
 
 #pragma once

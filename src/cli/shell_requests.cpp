@@ -172,7 +172,7 @@ Status carryOut(const json::object& request, ShellDriver& driver, bool& quit) {
 
 }  // namespace
 
-std::string answerRequest(const std::string& line, ShellDriver& driver, const PresentationStack& stack,
+std::string answerRequest(const std::string& line, ShellDriver& driver, ShellPresenter& presenter,
                           const ShellMailComposer& mail, bool& quit) {
   json::error_code error;
   const json::value request = json::parse(line, error);
@@ -180,8 +180,10 @@ std::string answerRequest(const std::string& line, ShellDriver& driver, const Pr
                                                       : carryOut(request.get_object(), driver, quit);
   if (!status.ok()) return json::serialize(json::object{{"ok", false}, {"error", jsonText(status.message())}});
   json::object answer{{"ok", true}};
-  for (const auto& [key, value] : screenDocument(stack, mail))
+  for (const auto& [key, value] : screenDocument(presenter, mail))
     answer[key] = value;
+  const std::vector<std::string> urls = presenter.takeURLs();
+  answer["openURL"] = urls.empty() ? json::value() : json::value(jsonText(urls.back()));
   return json::serialize(answer);
 }
 

@@ -9,7 +9,8 @@
 // handle's next save(), or in a new handle.
 //
 // Threads. A handle belongs to the thread that opened it, and so does every
-// record read through it. Work on another thread opens its own handle.
+// record read through it. Work on another thread opens its own handle. A handle
+// may be handed on to another thread with all its records, never used by two.
 //
 // Failure. Operations that change the store answer a Status; the store stays
 // usable after any failure. A read that fails yields nothing and is remembered

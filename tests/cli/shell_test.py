@@ -215,6 +215,14 @@ class Screens(cli_support.Case):
             self.assertIsNone(shell.do("mail", result="cancelled")["mail"])
             self.assertEqual(shell.tap("close")["screen"], "VarnokSettingsViewController")
 
+    def test_linking_dropbox_asks_for_a_browser(self):
+        with Shell(self.book(), "--language", "en", env={"VARNOK_DROPBOX_API": "http://127.0.0.1:9"}) as shell:
+            settings = shell.tap("btn_Settings")
+            self.assertIsNone(settings["openURL"])
+            place = row_of(settings, "Dropbox")
+            self.assertEqual(settings["sections"][place["section"]]["rows"][0]["segments"], ["Link Dropbox"])
+            self.assertIn("code_challenge=", shell.do("press", **place)["openURL"])
+
     def test_what_is_not_there_is_refused_in_words(self):
         home = self.book()
         with Shell(home) as shell:

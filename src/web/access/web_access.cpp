@@ -19,6 +19,10 @@ WebAccess::WebAccess(const WebServices& services, std::function<void()> changed,
   refreshSwitch();
 }
 
+WebAccess::~WebAccess() {
+  if (serverSwitch_.on) services_.idleTimer.setIdleTimerDisabled(/*disabled=*/false);
+}
+
 void WebAccess::serverEvent(bool on) {
   serverSwitch_.on = on;
   services_.idleTimer.setIdleTimerDisabled(/*disabled=*/true);

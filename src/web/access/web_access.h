@@ -31,7 +31,7 @@ class WebAccess {
   WebAccess(const WebServices& services, std::function<void()> changed, std::uint16_t port = WebServer::kPort);
   WebAccess(const WebAccess&) = delete;
   WebAccess& operator=(const WebAccess&) = delete;
-  ~WebAccess() = default;
+  ~WebAccess();  // A server that runs is stopped, and the device may sleep again.
 
   struct ServerSwitch {
     bool on = false;

@@ -104,6 +104,13 @@ std::optional<std::string> ContactReader::image(RecordID id) {
   return bytes;
 }
 
+// In a state that was seen before, the version is known.
+bool ContactReader::stillReads(const std::string& path) {
+  if (database_->hasMoved()) return false;
+  const bool seen = count_ && readInteger(stateQuery_) == count_->state;
+  return status_.ok() && (seen || isContactDatabase(*database_, path));
+}
+
 std::unique_ptr<ContactReader> IdleContactReader::take(Status& status) {
   std::unique_ptr<ContactReader> reader;
   {
@@ -111,8 +118,7 @@ std::unique_ptr<ContactReader> IdleContactReader::take(Status& status) {
     reader = std::exchange(idle_, nullptr);
   }
   status = {};
-  if (reader != nullptr && !reader->database().hasMoved() && isContactDatabase(reader->database(), path_))
-    return reader;
+  if (reader != nullptr && reader->stillReads(path_)) return reader;
   auto database = openContactDatabase(path_, status);
   return database == nullptr ? nullptr : std::make_unique<ContactReader>(std::move(database));
 }

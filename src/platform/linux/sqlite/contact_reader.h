@@ -45,7 +45,9 @@ class ContactReader {
 
   void endReading();
 
-  Database& database() { return *database_; }
+  // Whether this still is a reader of the book at `path`, of this version. Between
+  // two handles.
+  bool stillReads(const std::string& path);
 
  private:
   struct Count {

@@ -1,5 +1,4 @@
 #include <libsecret/secret.h>
-#include <sys/stat.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -7,7 +6,7 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/linux/tokens/keyring.h"
+#include "platform/linux/tokens/keyring_module.h"
 
 namespace varnok {
 namespace {
@@ -63,22 +62,10 @@ class PersonLimit {
   std::jthread timer_;
 };
 
-const char* environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
-
 // The library's own store in a file, for tests and for sandboxes.
 bool usesFileBackend() {
-  return std::string_view(environment("SECRET_BACKEND")) == "file";
-}
-
-// Asking for a bus where there is none would start one.
-bool hasSessionBus() {
-  if (*environment("DBUS_SESSION_BUS_ADDRESS") != '\0') return true;
-  const std::string socket = std::string(environment("XDG_RUNTIME_DIR")) + "/bus";
-  struct stat information {};
-  return socket.starts_with('/') && ::stat(socket.c_str(), &information) == 0 && S_ISSOCK(information.st_mode);
+  const char* backend = std::getenv("SECRET_BACKEND");
+  return backend != nullptr && std::string_view(backend) == "file";
 }
 
 // Whether the service answers at all. Its other calls may wait for the user.
@@ -133,10 +120,8 @@ class SecretKeyring : public Keyring {
 };
 
 }  // namespace
-
-std::unique_ptr<Keyring> openKeyring(const std::string& name) {
-  if (!usesFileBackend() && !hasSessionBus()) return nullptr;
-  return std::make_unique<SecretKeyring>(name);
-}
-
 }  // namespace varnok
+
+varnok::Keyring* varnokMakeKeyring(const char* name) {
+  return new varnok::SecretKeyring(name);
+}

@@ -126,11 +126,12 @@ void addControls(Page& page, const Screen& screen) {
     const std::string key(1, letter++);
     const std::string off = control.enabled ? "" : " (off)";
     if (control.segments.empty()) {
-      page.choice({.key = key, .row = std::nullopt, .control = control.name}, "[" + control.text + "]" + off);
+      page.choice({.key = key, .row = std::nullopt, .control = control.name}, fmt::format("[{}]{}", control.text, off));
     }
     for (int segment = 0; segment < static_cast<int>(control.segments.size()); ++segment) {
       const std::string& title = control.segments[static_cast<std::size_t>(segment)];
-      page.choice({key + std::to_string(segment + 1), std::nullopt, control.name, segment}, "[" + title + "]" + off);
+      page.choice({key + std::to_string(segment + 1), std::nullopt, control.name, segment},
+                  fmt::format("[{}]{}", title, off));
     }
   }
 }

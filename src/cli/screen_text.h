@@ -18,7 +18,7 @@ namespace varnok {
 struct ShellChoice {
   std::string key;  // What is typed: "3", "a", "b2".
   std::optional<IndexPath> row;
-  std::string control = "";  // Where there is no row.
+  std::string control = {};  // Where there is no row.
   int segment = 0;
   int button = 0;  // Of the question in front, where there is neither.
 };

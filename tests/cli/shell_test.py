@@ -75,6 +75,12 @@ def row_of(screen, title):
     raise AssertionError(f"no row {title}: {screen['sections']}")
 
 
+def at(answer, *path):
+    for step in path:
+        answer = answer[step]
+    return answer
+
+
 class Screens(cli_support.Case):
     def book(self, text=PEOPLE):
         home = self.home()
@@ -214,6 +220,60 @@ class Screens(cli_support.Case):
             self.assertEqual(screen["mail"]["html"], False)
             self.assertIsNone(shell.do("mail", result="cancelled")["mail"])
             self.assertEqual(shell.tap("close")["screen"], "VarnokSettingsViewController")
+
+    def test_the_web_access_goes_on_and_off(self):
+        home = self.book()
+        with Shell(home, "--language", "en") as shell:
+            shell.back_up()
+            settings = shell.tap("btn_Settings")
+            server, address = {"section": 2, "row": 0}, ("sections", 2, "rows", 1, "text")
+            if not settings["sections"][2]["rows"][0]["switch"]["enabled"]:
+                self.assertFalse(shell.ask("switch", **server, on=True)["ok"])
+                self.skipTest("this machine has no local network")
+            self.assertRegex(at(shell.do("switch", **server, on=True), *address), r"\Ahttp://[0-9.]+:8080\Z")
+            self.assertTrue(shell.wait()["sections"][2]["rows"][0]["switch"]["on"])  # A server is no work left.
+            self.assertEqual(at(shell.do("switch", **server, on=False), *address), "")
+
+    def test_everybody_is_removed_from_the_settings_after_a_question(self):
+        home = self.book()
+        with Shell(home, "--language", "en") as shell:
+            place = row_of(shell.tap("btn_Settings"), "Delete All Contacts")
+            sheet = shell.do("press", **place)["actionSheet"]
+            self.assertEqual((sheet["tag"], sheet["destructive"], sheet["cancel"]), (2, 0, 1))
+            self.assertIsNone(shell.do("answer", index=1)["alert"])
+            self.assertEqual(home.count(), 6)
+            shell.do("press", **place)
+            shell.do("answer", index=0)
+            self.assertEqual(len(shell.wait()["alert"]["buttons"]), 1)
+            self.assertEqual(home.count(), 0)
+            shell.do("answer", index=0)
+            # Without a backup no search for duplicates begins.
+            self.assertIsNone(shell.do("press", **row_of(shell.do("show"), "Delete Duplicate Contacts"))["overlay"])
+
+    def test_mail_given_up_and_a_file_handed_over(self):
+        home = self.book()
+        opener = self.file("xdg-open", "#!/bin/sh\nprintf %s \"$1\" > \"$(dirname \"$0\")/opened\"\n")
+        opener.chmod(0o755)
+        with Shell(home, "--language", "en", env={"PATH": f"{self.folder}:/usr/bin:/bin"}) as shell:
+            shell.back_up()
+            shell.tap("btn_Send")
+            screen = shell.do("mail", result="failed")
+            self.assertTrue(screen["controls"]["btn_Send"]["hidden"])  # Ready for another backup.
+            shell.do("press", **row_of(shell.tap("btn_Settings"), "Restore a Backup"))
+            shell.do("select", section=0, row=0)
+            shell.do("answer", index=2)
+            shell.wait()
+            backup = next(home.documents.glob("*.vcf"))
+            self.assertEqual((self.folder / "opened").read_text(), str(backup))
+
+    def test_a_reminder_that_was_opened_asks_for_a_vcard(self):
+        home = self.book()
+        home.ok("settings", "set", "EXPORT_TYPE", "csv")
+        with Shell(home) as shell:
+            shell.do("event", name="localNotification", state="active")
+            self.assertEqual(home.setting("EXPORT_TYPE")["value"], "csv")
+            shell.do("event", name="localNotification", state="inactive")
+        self.assertEqual(home.setting("EXPORT_TYPE")["value"], "vcf")
 
     def test_linking_dropbox_asks_for_a_browser(self):
         with Shell(self.book(), "--language", "en", env={"VARNOK_DROPBOX_API": "http://127.0.0.1:9"}) as shell:

@@ -145,14 +145,14 @@ def check_language(name, entries, keys, reference, fault):
 
 
 def check_used(root, keys, fault):
-    """Web pages name a key itself, as "%%KEY%%"; sources name the constant."""
+    """Web pages name a key itself, as "%%KEY%%"; sources name the constant, or the key where it is a stored value too."""
     sources = [path for pattern in ("*.h", "*.cpp") for path in (root / "src").rglob(pattern)
                if path != root / KEY_HEADER]
     code = "\n".join(path.read_text(encoding="utf-8") for path in sources)
     pages = "\n".join(path.read_text(encoding="utf-8", errors="replace")
                       for path in (root / "resources/Web").rglob("*") if path.is_file())
     used = set(re.findall(r"\btext_key::(\w+)", code))
-    marked = set(re.findall(r"%%(\w+)%%", pages))
+    marked = set(re.findall(r"%%(\w+)%%", pages)) | set(re.findall(r'"([\w ]+)"', code))
     for identifier, key in keys.items():
         if identifier not in used and key not in marked:
             fault(f"{KEY_HEADER}: nothing uses {identifier}")

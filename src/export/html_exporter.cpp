@@ -16,7 +16,6 @@ namespace varnok {
 namespace {
 
 namespace json = boost::json;
-namespace key = text_key;
 
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
 
@@ -25,20 +24,20 @@ struct HeaderText {
   std::string_view key;
 };
 constexpr std::array kHeader{
-    HeaderText{"name", key::First_Name},
-    HeaderText{"lastName", key::Last_Name},
-    HeaderText{"edit", key::EDIT},
-    HeaderText{"loading", key::LOADING},
-    HeaderText{"search", key::SEARCH},
-    HeaderText{"searching", key::SEARCHING},
-    HeaderText{"searchPHolder", key::WRITE_SOMETHING},
-    HeaderText{"close", key::CLOSE},
-    HeaderText{"save", key::SAVE},
-    HeaderText{"error", key::ERROR},
-    HeaderText{"remove", key::REMOVE},
-    HeaderText{"removing", key::REMOVING},
-    HeaderText{"remove_msg", key::REMOVE_MSG},
-    HeaderText{"new_record", key::NEW_RECORD},
+    HeaderText{"name", text_key::First_Name},
+    HeaderText{"lastName", text_key::Last_Name},
+    HeaderText{"edit", text_key::EDIT},
+    HeaderText{"loading", text_key::LOADING},
+    HeaderText{"search", text_key::SEARCH},
+    HeaderText{"searching", text_key::SEARCHING},
+    HeaderText{"searchPHolder", text_key::WRITE_SOMETHING},
+    HeaderText{"close", text_key::CLOSE},
+    HeaderText{"save", text_key::SAVE},
+    HeaderText{"error", text_key::ERROR},
+    HeaderText{"remove", text_key::REMOVE},
+    HeaderText{"removing", text_key::REMOVING},
+    HeaderText{"remove_msg", text_key::REMOVE_MSG},
+    HeaderText{"new_record", text_key::NEW_RECORD},
 };
 
 struct Field {
@@ -46,11 +45,15 @@ struct Field {
   PropertyID property;
 };
 constexpr std::array kNameFields{
-    Field{key::First_Name, kABPersonFirstNameProperty},  Field{key::Middle_Name, kABPersonMiddleNameProperty},
-    Field{key::Last_Name, kABPersonLastNameProperty},    Field{key::Prefix, kABPersonPrefixProperty},
-    Field{key::Suffix, kABPersonSuffixProperty},         Field{key::Organization, kABPersonOrganizationProperty},
-    Field{key::Department, kABPersonDepartmentProperty}, Field{key::Title, kABPersonJobTitleProperty},
-    Field{key::Nickname, kABPersonNicknameProperty},
+    Field{text_key::First_Name, kABPersonFirstNameProperty},
+    Field{text_key::Middle_Name, kABPersonMiddleNameProperty},
+    Field{text_key::Last_Name, kABPersonLastNameProperty},
+    Field{text_key::Prefix, kABPersonPrefixProperty},
+    Field{text_key::Suffix, kABPersonSuffixProperty},
+    Field{text_key::Organization, kABPersonOrganizationProperty},
+    Field{text_key::Department, kABPersonDepartmentProperty},
+    Field{text_key::Title, kABPersonJobTitleProperty},
+    Field{text_key::Nickname, kABPersonNicknameProperty},
 };
 
 // One entry of a multi-valued property that the form has a place for.
@@ -59,13 +62,15 @@ struct Slot {
   std::string_view label;
 };
 constexpr std::array kPhoneSlots{
-    Slot{key::Mobile, label::kMobile},    Slot{key::iPhone, label::kIPhone}, Slot{key::Work, label::kWork},
-    Slot{key::Home, label::kHome},        Slot{key::Main, label::kMain},     Slot{key::Home_Fax, label::kHomeFAX},
-    Slot{key::Work_Fax, label::kWorkFAX}, Slot{key::Pager, label::kPager},   Slot{key::Other, label::kOther},
+    Slot{text_key::Mobile, label::kMobile},    Slot{text_key::iPhone, label::kIPhone},
+    Slot{text_key::Work, label::kWork},        Slot{text_key::Home, label::kHome},
+    Slot{text_key::Main, label::kMain},        Slot{text_key::Home_Fax, label::kHomeFAX},
+    Slot{text_key::Work_Fax, label::kWorkFAX}, Slot{text_key::Pager, label::kPager},
+    Slot{text_key::Other, label::kOther},
 };
-constexpr std::array kEmailSlots{Slot{key::Work, label::kWork}, Slot{key::Home, label::kHome}};
-constexpr std::array kURLSlots{Slot{key::Home_Page, label::kHomePage}, Slot{key::Work, label::kWork},
-                               Slot{key::Home, label::kHome}};
+constexpr std::array kEmailSlots{Slot{text_key::Work, label::kWork}, Slot{text_key::Home, label::kHome}};
+constexpr std::array kURLSlots{Slot{text_key::Home_Page, label::kHomePage}, Slot{text_key::Work, label::kWork},
+                               Slot{text_key::Home, label::kHome}};
 
 std::string_view unlessBlank(std::string_view text) {
   return text.find_first_not_of(kBlanks) == std::string_view::npos ? std::string_view() : text;
@@ -106,10 +111,10 @@ struct Section {
 };
 constexpr std::array kSections{
     Section{"", &HTMLExporter::JSON_N},
-    Section{key::EXPORT_CONF_PHONES, &HTMLExporter::JSON_TEL},
-    Section{key::EXPORT_CONF_EMAILS, &HTMLExporter::JSON_EMAIL},
-    Section{key::EXPORT_CONF_NOTES, &HTMLExporter::JSON_NOTE},
-    Section{key::EXPORT_CONF_URLS, &HTMLExporter::JSON_URL},
+    Section{text_key::EXPORT_CONF_PHONES, &HTMLExporter::JSON_TEL},
+    Section{text_key::EXPORT_CONF_EMAILS, &HTMLExporter::JSON_EMAIL},
+    Section{text_key::EXPORT_CONF_NOTES, &HTMLExporter::JSON_NOTE},
+    Section{text_key::EXPORT_CONF_URLS, &HTMLExporter::JSON_URL},
 };
 
 json::string jsonText(std::string_view text) {
@@ -237,7 +242,7 @@ HTMLExporter::Items HTMLExporter::JSON_EMAIL(const PersonRef& person, const Text
 }
 
 HTMLExporter::Items HTMLExporter::JSON_NOTE(const PersonRef& person, const TextCatalog& texts) {
-  return fieldItems(person, std::array{Field{key::Note, kABPersonNoteProperty}}, texts);
+  return fieldItems(person, std::array{Field{text_key::Note, kABPersonNoteProperty}}, texts);
 }
 
 HTMLExporter::Items HTMLExporter::JSON_URL(const PersonRef& person, const TextCatalog& texts) {

@@ -30,3 +30,19 @@ function(varnok_library)
   target_include_directories(${target} ${scope} ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${target} ${scope} ${ARG_DEPENDS})
 endfunction()
+
+# A module that a program opens when it first needs it, so that nobody pays for
+# its libraries before. LIBRARY is the one that opens it.
+#
+#   varnok_module(NAME desktop LIBRARY platform_linux_dbus LINKS PkgConfig::GIO SOURCES gdbus.cpp)
+function(varnok_module)
+  cmake_parse_arguments(ARG "" "NAME;LIBRARY" "LINKS;SOURCES" ${ARGN})
+  set(target varnok_${ARG_NAME})
+  add_library(${target} MODULE ${ARG_SOURCES})
+  target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(${target} PRIVATE varnok_flags ${ARG_LINKS})
+  set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME varnok-${ARG_NAME}
+    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib/varnok)
+  install(TARGETS ${target} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/varnok COMPONENT varnok-desktop)
+  add_dependencies(varnok_${ARG_LIBRARY} ${target})
+endfunction()

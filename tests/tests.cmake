@@ -36,6 +36,8 @@ varnok_test(NAME platform_linux_posix
   SOURCES platform/linux/posix/log_services_test.cpp platform/linux/posix/posix_clock_test.cpp
           platform/linux/posix/posix_file_system_test.cpp platform/linux/posix/preference_file_store_test.cpp
   DEPENDS varnok::platform_linux_posix)
+varnok_test(NAME platform_linux_device SOURCES platform/linux/device/linux_device_test.cpp
+  DEPENDS varnok::platform_linux_device)
 varnok_test(NAME thread_task_runner SOURCES platform/linux/posix/thread_task_runner_test.cpp
   DEPENDS varnok::platform_linux_posix LABELS threads)
 varnok_test(NAME platform_linux_mail
@@ -65,7 +67,8 @@ varnok_test(NAME web_access
 varnok_test(NAME settings_reminders SOURCES settings/reminders/reminder_schedule_test.cpp
   DEPENDS varnok::settings_reminders)
 varnok_test(NAME platform_linux_desktop
-  SOURCES platform/linux/desktop/file_notification_scheduler_test.cpp
+  SOURCES platform/linux/desktop/desktop_notification_scheduler_test.cpp
+          platform/linux/desktop/file_notification_scheduler_test.cpp platform/linux/desktop/reminder_units_test.cpp
           platform/linux/desktop/xdg_document_hand_over_test.cpp
   DEPENDS varnok::platform_linux_desktop varnok::platform_linux_posix)
 varnok_test(NAME backup_list SOURCES backup/list/restore_backup_view_controller_test.cpp DEPENDS varnok::app_startup)
@@ -80,3 +83,21 @@ varnok_test(NAME web_http
   DEPENDS varnok::web_http)
 varnok_test(NAME web_http_server SOURCES web/http/http_answers_test.cpp web/http/http_server_test.cpp
   DEPENDS varnok::web_http varnok::platform_linux_posix LABELS threads)
+varnok_test(NAME single_instance SOURCES platform/linux/dbus/single_instance_test.cpp
+  DEPENDS varnok::platform_linux_dbus varnok::platform_linux_mail varnok::platform_linux_posix)
+varnok_test(NAME platform_linux_eds
+  SOURCES platform/linux/eds/card_test.cpp platform/linux/eds/eds_contact_store_test.cpp
+  DEPENDS varnok::platform_linux_eds varnok::platform_linux_posix varnok::platform_linux_text)
+if(TARGET varnok_eds)
+  # One program over the real service, which is started for it alone.
+  add_executable(eds_service_test platform/linux/eds/eds_service_test.cpp)
+  target_link_libraries(eds_service_test PRIVATE varnok_test_support varnok_flags
+    varnok::platform_linux_eds varnok::platform_linux_posix varnok::platform_linux_text)
+  set(run_with_bus ${CMAKE_CURRENT_SOURCE_DIR}/support/with_private_bus.sh $<TARGET_FILE:eds_service_test>)
+  add_test(NAME EdsService COMMAND ${run_with_bus} --gtest_filter=-AnEdsServiceThatEnds.*)
+  # The libraries forget things when their service ends; to tell whose they are takes whole, slow call stacks.
+  add_test(NAME AnEdsServiceThatEnds COMMAND ${run_with_bus} --gtest_filter=AnEdsServiceThatEnds.*)
+  set_tests_properties(EdsService AnEdsServiceThatEnds PROPERTIES TIMEOUT 600 ENVIRONMENT "TZ=UTC;LC_ALL=C.UTF-8")
+  set_property(TEST AnEdsServiceThatEnds APPEND PROPERTY ENVIRONMENT
+    "ASAN_OPTIONS=fast_unwind_on_malloc=0;LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/support/glib_leaks.supp")
+endif()

@@ -25,4 +25,8 @@ run startup_bench "$program"
 run records_bench
 run upload_bench
 run peers_bench "$program" "$peer" /usr/bin/python3 "$root/bench/vobject_peer.py"
+# With a service of its own, which holds nobody but these people.
+if [ -x "$build/bench/eds_bench" ]; then
+  "$root/tests/support/with_private_bus.sh" "$build/bench/eds_bench" "$program" "$build/bench/libebook_peer" || missed=1
+fi
 exit $missed

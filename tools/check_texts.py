@@ -145,8 +145,9 @@ def check_language(name, entries, keys, reference, fault):
 
 
 def check_used(root, keys, fault):
-    """Web pages name a key itself, as "%%KEY%%"; sources name the constant, or the key where it is a stored value too."""
-    sources = [path for pattern in ("*.h", "*.cpp") for path in (root / "src").rglob(pattern)
+    """Web pages name a key itself, as "%%KEY%%"; sources name the constant, or the key where it is a stored value too;
+    the touch application's pages name the key."""
+    sources = [path for pattern in ("*.h", "*.cpp", "*.qml") for path in (root / "src").rglob(pattern)
                if path != root / KEY_HEADER]
     code = "\n".join(path.read_text(encoding="utf-8") for path in sources)
     pages = "\n".join(path.read_text(encoding="utf-8", errors="replace")

@@ -8,11 +8,11 @@ cd "$(dirname "$0")/.."
 
 for program in "$build"/fuzz/*_fuzz; do
   name=$(basename "$program" _fuzz)
-  work=$build/fuzz/work/$name
-  mkdir -p "$work"
+  found=$build/fuzz/found/$name
+  mkdir -p "$found"
   echo "fuzzing $name"
   if ! "$program" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -print_final_stats=0 -verbosity=0 \
-      "$work" "fuzz/corpus/$name"; then
+      "$found" "fuzz/corpus/$name"; then
     exit 1
   fi
 done

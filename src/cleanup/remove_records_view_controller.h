@@ -36,16 +36,15 @@ class RemoveRecordsViewController : public Screen {
   TableRow cellForRowAtIndexPath(const IndexPath& indexPath) const override;
   std::vector<std::string> sectionIndexTitles() const override { return list_.indexes; }
   bool tapControl(std::string_view control, int segment) override;
+  bool allowsMultipleSelection() const override { return true; }
   bool markRow(const IndexPath& indexPath, bool on) override;
+  void scrollViewDidScroll(double contentOffset) override;
 
   // Asks, and deletes the marked people, or everybody for kRemoveAllSegment.
   // Nothing when nobody is marked.
   void trash(int segment);
   void close();
   void scrollTop();
-
-  // `contentOffset` is how far the table has been scrolled down, in points.
-  void scrollViewDidScroll(double contentOffset);
 
   // Not what headingOfSection() shows.
   std::string titleForHeaderInSection(int section) const;

@@ -23,7 +23,7 @@ void runToItsEnd(CommandContext& context, VarnokViewController& screen) {
   });
   screen.onClick_Backup();
   if (!screen.state().btn_Cancel.hidden) {
-    context.platform.tasks().runUntil([&] { return screen.lastOutcome().has_value(); });
+    context.tasks.runUntil([&] { return screen.lastOutcome().has_value(); });
   }
   context.presenter.onChange({});
 }
@@ -45,7 +45,7 @@ int reportOutcome(const CommandContext& context, const BackupOutcome& outcome, d
 }  // namespace
 
 int backupCommand(CommandContext& context) {
-  ThreadTaskRunner& tasks = context.platform.tasks();
+  ThreadTaskRunner& tasks = context.tasks;
   VarnokAppDelegate application(context.platform.services());
   bool interrupted = false;
   // Cancel is the screen's business, on the main thread.

@@ -91,7 +91,7 @@ int backupsMailCommand(CommandContext& context, const std::string& name, const s
   message.to = addresses;
   std::optional<MailComposeResult> result;
   services.mail.present(std::move(message), [&](MailComposeResult given) { result = given; });
-  context.platform.tasks().runUntil([&] { return result.has_value(); });
+  context.tasks.runUntil([&] { return result.has_value(); });
   if (result != MailComposeResult::sent) return context.report.failure("the mail program did not take the message");
   context.report.result({{"result", "sent"}}, fmt::format("{} sent\n", shown(name)));
   return kDone;

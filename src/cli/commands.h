@@ -6,16 +6,18 @@
 #include <string>
 #include <vector>
 
-#include "cli/linux_platform.h"
 #include "cli/report.h"
 #include "cli/shell_mail_composer.h"
 #include "cli/shell_presenter.h"
 #include "cli/terminal_presenter.h"
+#include "host/linux_platform.h"
+#include "platform/linux/posix/thread_task_runner.h"
 
 namespace varnok {
 
 struct CommandContext {
   LinuxPlatform& platform;
+  ThreadTaskRunner& tasks;  // The platform's.
   TerminalPresenter& presenter;
   Report report;
 };
@@ -23,6 +25,7 @@ struct CommandContext {
 // Of the shell, which shows the screens.
 struct ShellContext {
   LinuxPlatform& platform;
+  ThreadTaskRunner& tasks;  // The platform's.
   ShellPresenter& presenter;
   ShellMailComposer& mail;
   Report report;
@@ -35,6 +38,8 @@ int contactsShowCommand(CommandContext& context, RecordID id);
 int contactsRemoveCommand(CommandContext& context, std::vector<RecordID> ids, bool yes);
 int contactsRemoveAllCommand(CommandContext& context, bool yes);
 
+int storesCommand(CommandContext& context);
+
 int duplicatesCommand(CommandContext& context, bool remove, bool yes);
 
 int backupCommand(CommandContext& context);
@@ -46,7 +51,12 @@ int backupsDeleteCommand(CommandContext& context, const std::string& name);
 
 int reminderCommand(CommandContext& context);
 int reminderScheduleCommand(CommandContext& context);
-int reminderDeliverCommand(CommandContext& context);
+
+struct ReminderDelivery {
+  bool ifDue = false;  // Only when its time has come; not counted as shown where nobody can be notified.
+  bool wait = false;   // For the answer, half a day at most.
+};
+int reminderDeliverCommand(CommandContext& context, const ReminderDelivery& delivery);
 
 // 0 is any free port.
 int serveCommand(CommandContext& context, std::uint16_t port);

@@ -19,9 +19,7 @@ namespace {
 class DropboxRun {
  public:
   explicit DropboxRun(CommandContext& context)
-      : context_(context),
-        tasks_(context.platform.tasks()),
-        watch_([this] { tasks_.mainThread([this] { interrupt(); }); }) {
+      : context_(context), tasks_(context.tasks), watch_([this] { tasks_.mainThread([this] { interrupt(); }); }) {
     context.platform.services().dropbox.startSession();
     tasks_.runUntil([this] { return tasks_.idle(std::chrono::milliseconds(0)); });
   }
@@ -173,7 +171,7 @@ int dropboxLinkCommand(CommandContext& context) {
   if (!run.client().problem().ok()) return run.failure(run.client().problem());
   if (run.client().hasAuthorizedClient()) return reportState(context);
   run.client().authorize([&](const std::string& url) { askForAddress(context.report, url); });
-  const auto line = awaitLine(run, context.platform.tasks());
+  const auto line = awaitLine(run, context.tasks);
   if (!line) return run.failure({Status::Code::cancelled, "no address was given, and no account was linked"});
   std::optional<DropboxRedirectResult> result;
   if (!run.client().handleRedirectURL(*line, [&](const DropboxRedirectResult& given) { result = given; })) {
@@ -189,7 +187,7 @@ int dropboxLinkCommand(CommandContext& context) {
 int dropboxUnlinkCommand(CommandContext& context) {
   DropboxRun run(context);
   if (const Status status = run.client().unlinkClients(); !status.ok()) return run.failure(status);
-  run.await([&] { return context.platform.tasks().idle(std::chrono::milliseconds(0)); });
+  run.await([&] { return context.tasks.idle(std::chrono::milliseconds(0)); });
   return reportState(context);
 }
 

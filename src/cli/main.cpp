@@ -21,7 +21,7 @@ using Command = std::function<int(CommandContext&)>;
 struct CommandLine {
   PlatformOptions platform;
   Report report;
-  std::string store = "sqlite";
+  std::string store;
   std::vector<std::string> settings;  // KEY=VALUE.
   Command command;
 
@@ -44,12 +44,19 @@ struct CommandLine {
   bool accessCode = false;
   bool readOnly = false;
   bool requestLog = false;
+  ReminderDelivery delivery;
   bool shell = false;
 };
 
+std::string isStore(const std::string& name) {
+  Status status;
+  preferenceValue(*findPreferenceKey(key::CONTACT_STORE), name, status);
+  return status.ok() ? std::string() : "sqlite, eds or eds:BOOK is meant, not \"" + name + "\"";
+}
+
 void declareGlobalOptions(CLI::App& app, CommandLine& line) {
   app.add_option("--home", line.platform.home, "keep everything under this folder");
-  app.add_option("--store", line.store, "which contact store")->check(CLI::IsMember({"sqlite"}));
+  app.add_option("--store", line.store, "which contact store: sqlite, eds, or eds:BOOK; see stores")->check(isStore);
   app.add_option("--language", line.platform.languages, "preferred languages, most preferred first, with commas");
   app.add_option("--set", line.settings, "KEY=VALUE: a preference for this run only")->expected(1)->take_all();
   app.add_flag("--json", line.report.json, "one JSON document on stdout");
@@ -142,7 +149,11 @@ void declareReminder(CLI::App& app, CommandLine& line) {
   reminder->add_subcommand("schedule", "plan it afresh from the settings")->callback([&line] {
     line.command = reminderScheduleCommand;
   });
-  reminder->add_subcommand("deliver", "show it now")->callback([&line] { line.command = reminderDeliverCommand; });
+  CLI::App* deliver = reminder->add_subcommand("deliver", "show it now");
+  deliver->add_flag("--if-due", line.delivery.ifDue, "only when its time has come, and somebody can be notified");
+  deliver->add_flag("--wait", line.delivery.wait, "with a button; stay until it is answered, and open the application");
+  deliver->callback(
+      [&line] { line.command = [&line](auto& context) { return reminderDeliverCommand(context, line.delivery); }; });
 }
 
 void declareDropbox(CLI::App& app, CommandLine& line) {
@@ -198,6 +209,7 @@ bool collectSettings(CommandLine& line) {
     }
     line.platform.preferences.emplace_back(name, setting.substr(equals + 1));
   }
+  if (!line.store.empty()) line.platform.preferences.emplace_back(key::CONTACT_STORE, line.store);
   if (!line.type.empty()) line.platform.preferences.emplace_back(key::EXPORT_TYPE, line.type);
   if (line.multiple || line.single) {
     line.platform.preferences.emplace_back(key::multipleVCF, line.multiple ? "YES" : "NO");
@@ -216,12 +228,14 @@ int runShell(CommandLine& line) {
   ShellPresenter presenter;
   ShellMailComposer mail;
   Status status;
-  const auto platform = LinuxPlatform::make(line.platform, presenter, status);
+  auto owned = std::make_unique<ThreadTaskRunner>();
+  ThreadTaskRunner& tasks = *owned;
+  presenter.setTasks(tasks);
+  const auto platform = LinuxPlatform::make(line.platform, presenter, std::move(owned), status);
   if (platform == nullptr) return line.report.failure(status);
-  presenter.setTasks(platform->tasks());
   mail.setPlatform(platform->services().mail);
   mail.setDrivenByProgram(line.report.json);
-  ShellContext context{*platform, presenter, mail, line.report};
+  ShellContext context{*platform, tasks, presenter, mail, line.report};
   return shellCommand(context);
 }
 
@@ -230,10 +244,12 @@ int run(CommandLine& line) {
   if (line.shell) return runShell(line);
   TerminalPresenter presenter;
   Status status;
-  const auto platform = LinuxPlatform::make(line.platform, presenter, status);
+  auto owned = std::make_unique<ThreadTaskRunner>();
+  ThreadTaskRunner& tasks = *owned;
+  presenter.setTasks(tasks);
+  const auto platform = LinuxPlatform::make(line.platform, presenter, std::move(owned), status);
   if (platform == nullptr) return line.report.failure(status);
-  presenter.setTasks(platform->tasks());
-  CommandContext context{*platform, presenter, line.report};
+  CommandContext context{*platform, tasks, presenter, line.report};
   return line.command(context);
 }
 
@@ -247,6 +263,9 @@ int parseAndRun(int argc, char** argv) {
   declareContacts(app, line);
   declareDuplicates(app, line);
   declareBackups(app, line);
+  app.add_subcommand("stores", "list the contact stores that --store can name")->callback([&line] {
+    line.command = storesCommand;
+  });
   declareServe(app, line);
   declareReminder(app, line);
   declareDropbox(app, line);

@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "cli/interrupt.h"
+#include "platform/linux/desktop/reminder_watch.h"
 #include "web/access/web_server.h"
 
 namespace varnok {
@@ -24,7 +25,7 @@ void printAddress(const Report& report, const std::string& url, const std::optio
 
 // Serves until interrupted, which is also what its exit status says.
 int serveCommand(CommandContext& context, std::uint16_t port) {
-  ThreadTaskRunner& tasks = context.platform.tasks();
+  ThreadTaskRunner& tasks = context.tasks;
   const InterruptWatch watch([&tasks] { tasks.quit(); });
   const Services services = context.platform.services();
   WebServer server(webServices(services));
@@ -33,6 +34,8 @@ int serveCommand(CommandContext& context, std::uint16_t port) {
   services.idleTimer.setIdleTimerDisabled(/*disabled=*/true);
   const std::string address = browserAddress(services.preferences, services.network).value_or("127.0.0.1");
   printAddress(context.report, fmt::format("http://{}:{}", address, server.port()), server.accessCode());
+  ReminderWatch reminders(context.platform.reminders(), services.clock, tasks, services.log, /*fired=*/nullptr);
+  reminders.start();
   tasks.run();
   server.stop();
   services.idleTimer.setIdleTimerDisabled(/*disabled=*/false);

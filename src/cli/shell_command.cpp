@@ -142,7 +142,7 @@ class Conversation {
 }  // namespace
 
 int shellCommand(ShellContext& context) {
-  ThreadTaskRunner& tasks = context.platform.tasks();
+  ThreadTaskRunner& tasks = context.tasks;
   VarnokAppDelegate application(context.platform.services(&context.mail));
   ShellDriver driver(application, context.presenter, context.mail, tasks);
   bool interrupted = false;
@@ -178,6 +178,7 @@ int shellCommand(ShellContext& context) {
       quit = !conversation.obey(*line);
     }
   }
+  context.presenter.close();
   return interrupted ? kInterrupted : kDone;
 }
 

@@ -30,6 +30,13 @@ class PresentationStack::OverlayHandle : public Overlay {
   std::list<ShownOverlay>::iterator shown_;
 };
 
+void PresentationStack::close() {
+  questions_.clear();
+  // The one in front first: it may refer to those below.
+  while (!presented_.empty())
+    presented_.pop_back();
+}
+
 std::vector<Screen*> PresentationStack::screens() const {
   std::vector<Screen*> all;
   if (root_ != nullptr) all.push_back(root_);

@@ -33,6 +33,10 @@ class PresentationStack : public ScreenPresenter {
   // The first screen, which is never dismissed.
   void setRoot(Screen& root) { root_ = &root; }
 
+  // Lets go of everything in front of the first screen, at the program's end:
+  // before what the screens use goes.
+  void close();
+
   // From the first screen to the one in front. Not empty once there is a root.
   std::vector<Screen*> screens() const;
   Screen& front() const;

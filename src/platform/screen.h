@@ -65,6 +65,15 @@ class Screen {
   // The strip at the side: entry i jumps to section i. Empty where there is none.
   virtual std::vector<std::string> sectionIndexTitles() const { return {}; }
 
+  // What can be done to rows: several marked together, single ones deleted.
+  // While the table is being edited every row offers that in plain sight.
+  virtual bool allowsMultipleSelection() const { return false; }
+  virtual bool allowsDeletion() const { return false; }
+  virtual bool isEditing() const { return false; }
+
+  // How far the table has been scrolled down, in points.
+  virtual void scrollViewDidScroll(double /*contentOffset*/) {}
+
   // What the user did. False when the screen has no such thing, and then
   // nothing happened; a front end offers what controls() and the rows show.
   virtual bool tapControl(std::string_view /*control*/, int /*segment*/) { return false; }

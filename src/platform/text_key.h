@@ -176,4 +176,23 @@ inline constexpr std::string_view SUPPORT = "SUPPORT";
 inline constexpr std::string_view CLEAR_DUPLICATES = "CLEAR_DUPLICATES";
 inline constexpr std::string_view SCROLL_TOP = "SCROLL_TOP";
 
+// Touch application.
+inline constexpr std::string_view IMPORT_FILE = "IMPORT_FILE";
+inline constexpr std::string_view IMPORTING = "IMPORTING";
+inline constexpr std::string_view IMPORTED = "IMPORTED";
+inline constexpr std::string_view IMPORT_SKIPPED = "IMPORT_SKIPPED";
+inline constexpr std::string_view IMPORT_FAILED = "IMPORT_FAILED";
+inline constexpr std::string_view FIRST_RUN_TITLE = "FIRST_RUN_TITLE";
+inline constexpr std::string_view FIRST_RUN_INFO = "FIRST_RUN_INFO";
+inline constexpr std::string_view NO_ACCESS_TITLE = "NO_ACCESS_TITLE";
+inline constexpr std::string_view TRY_AGAIN = "TRY_AGAIN";
+inline constexpr std::string_view CHOOSE_SETTING = "CHOOSE_SETTING";
+inline constexpr std::string_view COPY_ADDRESS = "COPY_ADDRESS";
+inline constexpr std::string_view ADDRESS_COPIED = "ADDRESS_COPIED";
+inline constexpr std::string_view QR_CODE = "QR_CODE";
+inline constexpr std::string_view SECTION_INDEX = "SECTION_INDEX";
+inline constexpr std::string_view PERCENT = "PERCENT";
+inline constexpr std::string_view CHOOSE_BOOK = "CHOOSE_BOOK";
+inline constexpr std::string_view OWN_BOOK = "OWN_BOOK";
+
 }  // namespace varnok::text_key

@@ -44,6 +44,7 @@ constexpr std::array kKeys{
     PreferenceKey{key::WEB_REQUEST_LOG, Kind::onOff},
     PreferenceKey{key::WEB_INTERFACE, Kind::text},
     PreferenceKey{key::WEB_HOST_NAMES, Kind::text},
+    PreferenceKey{key::CONTACT_STORE, Kind::store, "sqlite"},
     PreferenceKey{key::AppleLanguages, Kind::readOnly},
 };
 
@@ -67,6 +68,12 @@ std::optional<Value> oneOf(const std::string& text, std::string_view first, std:
   return text == first || text == second ? std::optional<Value>(text) : std::nullopt;
 }
 
+std::optional<Value> storeValue(const std::string& text) {
+  constexpr std::string_view kNamed = "eds:";
+  const bool isNamed = text.starts_with(kNamed) && text.size() > kNamed.size();
+  return isNamed ? std::optional<Value>(text) : oneOf(text, "sqlite", "eds");
+}
+
 std::optional<Value> parsed(Kind kind, const std::string& text) {
   switch (kind) {
     case Kind::format: return oneOf(text, "vcf", "csv");
@@ -76,6 +83,7 @@ std::optional<Value> parsed(Kind kind, const std::string& text) {
     case Kind::integer: return wholeNumber<std::int64_t>(text);
     case Kind::seconds: return secondsValue(text);
     case Kind::text: return Value(text);
+    case Kind::store: return storeValue(text);
     case Kind::readOnly: return std::nullopt;
   }
   VARNOK_UNREACHABLE();
@@ -90,6 +98,7 @@ std::string_view expectation(Kind kind) {
     case Kind::integer: return "a whole number";
     case Kind::seconds: return "a number of seconds since 1970, or nothing";
     case Kind::text: return "text";
+    case Kind::store: return "sqlite, eds or eds: with the identifier of an address book";
     case Kind::readOnly: return "read only";
   }
   VARNOK_UNREACHABLE();

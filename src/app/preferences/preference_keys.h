@@ -64,6 +64,9 @@ inline constexpr std::string_view WEB_REQUEST_LOG = "WEB_REQUEST_LOG";
 inline constexpr std::string_view WEB_INTERFACE = "WEB_INTERFACE";
 // Further names under which it is reached, separated by commas.
 inline constexpr std::string_view WEB_HOST_NAMES = "WEB_HOST_NAMES";
+// Which contact store is used: "sqlite", "eds" for the desktop's address book,
+// or "eds:" and the identifier of another one.
+inline constexpr std::string_view CONTACT_STORE = "CONTACT_STORE";
 // Language codes, most preferred first. The platform's: read only.
 inline constexpr std::string_view AppleLanguages = "AppleLanguages";
 // Left behind by a run that did not end; removed by one that does.
@@ -71,7 +74,7 @@ inline constexpr std::string_view lastRecord = "last.record";
 }  // namespace key
 
 struct PreferenceKey {
-  enum class Kind { format, period, onOff, boolean, integer, seconds, text, readOnly };
+  enum class Kind { format, period, onOff, boolean, integer, seconds, text, store, readOnly };
 
   std::string_view name;
   Kind kind;

@@ -61,6 +61,8 @@ class RestoreBackupViewController : public Screen, private DropboxSessionDelegat
   TableRow cellForRowAtIndexPath(const IndexPath& indexPath) const override;
   // False for a row that is being uploaded: it does not react to touches.
   bool selectRow(const IndexPath& indexPath) override;
+  bool allowsDeletion() const override { return true; }
+  bool isEditing() const override { return editing_; }
   bool deleteRow(const IndexPath& indexPath) override;
 
   void clickedButtonAtIndex(const ActionSheet& sheet, int index);
@@ -72,7 +74,6 @@ class RestoreBackupViewController : public Screen, private DropboxSessionDelegat
   void openQLPreview();
 
   void edit();
-  bool editing() const { return editing_; }
   void close() { services_.presenter.dismiss(*this); }
 
  private:

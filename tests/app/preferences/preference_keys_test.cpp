@@ -26,6 +26,8 @@ TEST(PreferenceValue, IsWhatTheKeyCanMean) {
            Row{key::EXPORT_LAST, "-1", std::nullopt},
            Row{key::EXPORT_LAST, "nan", std::nullopt},
            Row{key::itemCount, "12x", std::nullopt},
+           Row{key::CONTACT_STORE, "eds:work", Value("eds:work")},
+           Row{key::CONTACT_STORE, "eds:", std::nullopt},
            Row{key::AppleLanguages, "de", std::nullopt},
        }) {
     Status status;

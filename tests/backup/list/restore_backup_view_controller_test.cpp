@@ -200,10 +200,10 @@ TEST_F(BackupList, DeletesAFileButNotTheLastBackup) {
 TEST_F(BackupList, TogglesEditing) {
   EXPECT_EQ(screen().controls()[1].text, "EDIT_LIST");
   EXPECT_TRUE(screen().tapControl("edit", 0));
-  EXPECT_TRUE(screen().editing());
+  EXPECT_TRUE(screen().isEditing());
   EXPECT_EQ(screen().controls()[1].text, "DONE");
   screen().edit();
-  EXPECT_FALSE(screen().editing());
+  EXPECT_FALSE(screen().isEditing());
 }
 
 TEST_F(BackupList, NothingReachesAScreenThatHasClosed) {

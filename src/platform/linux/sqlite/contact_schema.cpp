@@ -1,11 +1,5 @@
 #include "platform/linux/sqlite/contact_schema.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <thread>
-
 namespace varnok {
 namespace {
 
@@ -58,25 +52,6 @@ Status createTables(Database& database, const std::string& path) {
   return status;
 }
 
-// The switch to the write-ahead log does not wait for other connections.
-Status useWriteAheadLog(Database& database) {
-  Status status;
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    status = database.execute("PRAGMA journal_mode = WAL");
-    if (status.code() != Status::Code::busy) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-  return status;
-}
-
-// SQLite would let others of the machine read a file that it makes; its log
-// files take the mode of the database. A file that is there is not opened: to
-// close it would give up the locks that this process's connections hold on it.
-void createPrivately(const std::string& path) {
-  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (fd >= 0) ::close(fd);
-}
-
 // As readVersion(), but a newer version is a failure.
 Status readKnownVersion(Database& database, const std::string& path, std::int64_t& version) {
   if (Status status = database.execute("BEGIN"); !status.ok()) return status;
@@ -93,7 +68,7 @@ Status prepare(Database& database, const std::string& path) {
   if (!status.ok()) return status;
   if (version == 0) {
     status = createTables(database, path);
-    if (status.ok()) status = useWriteAheadLog(database);
+    if (status.ok()) status = database.useWriteAheadLog();
     if (!status.ok()) return status;
   }
   return database.execute("PRAGMA synchronous = FULL");
@@ -102,8 +77,7 @@ Status prepare(Database& database, const std::string& path) {
 }  // namespace
 
 std::unique_ptr<Database> openContactDatabase(const std::string& path, Status& status) {
-  createPrivately(path);
-  auto database = Database::open(path, status);
+  auto database = Database::openOrCreate(path, status);
   if (database == nullptr) return nullptr;
   status = prepare(*database, path);
   return status.ok() ? std::move(database) : nullptr;

@@ -1,8 +1,12 @@
 #include "platform/linux/sqlite/database.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 
 #include "platform/check.h"
 
@@ -116,6 +120,26 @@ std::string_view Statement::blob(int column) const {
 
 void Database::Closer::operator()(sqlite3* database) const {
   sqlite3_close_v2(database);
+}
+
+// SQLite would let others of the machine read a file that it makes; its log
+// files take the mode of the database. A file that is there is not opened here:
+// to close it would give up the locks that this process's connections hold on it.
+std::unique_ptr<Database> Database::openOrCreate(const std::string& path, Status& status) {
+  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (fd >= 0) ::close(fd);
+  return open(path, status);
+}
+
+// The switch does not wait for other connections.
+Status Database::useWriteAheadLog() {
+  Status status;
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    status = execute("PRAGMA journal_mode = WAL");
+    if (status.code() != Status::Code::busy) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  return status;
 }
 
 std::unique_ptr<Database> Database::open(const std::string& path, Status& status) {

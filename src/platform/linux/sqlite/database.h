@@ -67,6 +67,12 @@ class Database {
   // every Status name the file.
   static std::unique_ptr<Database> open(const std::string& path, Status& status);
 
+  // As open(), but makes a file that is missing, for its owner alone.
+  static std::unique_ptr<Database> openOrCreate(const std::string& path, Status& status);
+
+  // Switches the file to the write-ahead log, for good.
+  Status useWriteAheadLog();
+
   // One or more statements without rows.
   Status execute(const char* sql);
 

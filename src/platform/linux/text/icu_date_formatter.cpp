@@ -23,8 +23,8 @@ icu::UnicodeString unicode(std::string_view text) {
   return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
 }
 
-icu::Locale localeOf(std::string_view language) {
-  return icu::Locale::createFromName(std::string(language).c_str());
+icu::Locale localeOf(const std::string& name) {
+  return icu::Locale::createFromName(name.c_str());
 }
 
 icu::DateFormat::EStyle styleOf(DateStyle style) {
@@ -67,15 +67,27 @@ std::string formatted(const Formatter& formatter, Instant instant, const Clock& 
 
 }  // namespace
 
+IcuDateFormatter::IcuDateFormatter(const Clock& clock, const std::string& locale)
+    : clock_(clock), region_(localeOf(locale.empty() ? "root" : locale).getCountry()) {}
+
+// A language that is not written in that region is taken as it is: ICU finds no
+// such locale and goes back to the language.
+std::string IcuDateFormatter::localeFor(std::string_view language) const {
+  const icu::Locale locale = localeOf(std::string(language));
+  if (region_.empty() || *locale.getCountry() != '\0' || *locale.getLanguage() == '\0') return std::string(language);
+  return std::string(locale.getBaseName()) + "_" + region_;
+}
+
 std::string IcuDateFormatter::format(Instant instant, DateStyle date, DateStyle time, std::string_view language) const {
   if (date == DateStyle::none && time == DateStyle::none) return {};
-  const Formatter formatter(icu::DateFormat::createDateTimeInstance(styleOf(date), styleOf(time), localeOf(language)));
+  const Formatter formatter(
+      icu::DateFormat::createDateTimeInstance(styleOf(date), styleOf(time), localeOf(localeFor(language))));
   return formatted(formatter, instant, clock_);
 }
 
 std::string IcuDateFormatter::formatPattern(Instant instant, std::string_view pattern,
                                             std::string_view language) const {
-  return formatted(patternFormatter(pattern, localeOf(language)), instant, clock_);
+  return formatted(patternFormatter(pattern, localeOf(localeFor(language))), instant, clock_);
 }
 
 std::optional<Instant> IcuDateFormatter::parse(std::string_view text, std::string_view pattern) const {

@@ -1,36 +1,19 @@
 #include <dlfcn.h>
-#include <sys/stat.h>
 
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/linux/posix/optional_module.h"
 #include "platform/linux/tokens/keyring_module.h"
 
 namespace varnok {
 namespace {
 
-std::string environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
-
-// Asking for a bus where there is none would start one.
-bool hasSessionBus() {
-  if (!environment("DBUS_SESSION_BUS_ADDRESS").empty()) return true;
-  const std::string socket = environment("XDG_RUNTIME_DIR") + "/bus";
-  struct stat information {};
-  return socket.starts_with('/') && ::stat(socket.c_str(), &information) == 0 && S_ISSOCK(information.st_mode);
-}
-
-// From where the program was installed to, else from where it was built. Null
-// when neither can be loaded.
+// Null when the module cannot be loaded.
 decltype(&varnokMakeKeyring) makerOfModule() {
-  for (const char* path : {VARNOK_INSTALLED_MODULES "/varnok-keyring.so", VARNOK_BUILD_MODULES "/varnok-keyring.so"}) {
-    if (void* module = dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
-      return reinterpret_cast<decltype(&varnokMakeKeyring)>(dlsym(module, "varnokMakeKeyring"));
-    }
-  }
-  return nullptr;
+  void* module = openModule("varnok-keyring");
+  if (module == nullptr) return nullptr;
+  return reinterpret_cast<decltype(&varnokMakeKeyring)>(dlsym(module, "varnokMakeKeyring"));
 }
 
 class KeyringOnDemand : public Keyring {
@@ -66,7 +49,8 @@ class KeyringOnDemand : public Keyring {
 
 std::unique_ptr<Keyring> openKeyring(const std::string& name) {
   // The service's own store in a file is for tests and for sandboxes.
-  if (environment("SECRET_BACKEND") != "file" && !hasSessionBus()) return nullptr;
+  const char* backend = std::getenv("SECRET_BACKEND");
+  if ((backend == nullptr || std::string_view(backend) != "file") && !hasSessionBus()) return nullptr;
   return std::make_unique<KeyringOnDemand>(name);
 }
 

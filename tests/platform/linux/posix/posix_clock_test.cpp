@@ -2,8 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <limits>
+#include <thread>
+
+#include "platform/linux/posix/temporary_directory.h"
 
 namespace varnok {
 namespace {
@@ -31,6 +37,50 @@ TEST(PosixClock, FollowsAChangeOfTheZone) {
   EXPECT_EQ(clock.localTime(kSummer), (LocalTime{2024, 7, 5, 16, 7, 9}));
   EXPECT_EQ(clock.instantOf({2024, 3, 5, 15, 7, 9}), kWinter);
   EXPECT_EQ(clock.instantOf({2024, 7, 5, 16, 7, 9}), kSummer);
+}
+
+// A file of zone rules as the system has them, without rules but for the one
+// offset.
+std::string zoneFile(std::int32_t secondsEast) {
+  const auto word = [](std::int32_t value) {
+    std::string bytes(4, '\0');
+    for (int i = 0; i < 4; ++i)
+      bytes[static_cast<std::size_t>(i)] = static_cast<char>(value >> (24 - 8 * i));
+    return bytes;
+  };
+  const std::string body =
+      word(0) + word(0) + word(0) + word(0) + word(1) + word(4) + word(secondsEast) + std::string("\0\0ABC\0", 6);
+  return "TZif" + std::string(16, '\0') + body;
+}
+
+void put(const std::string& path, const std::string& content) {
+  std::ofstream(path + ".new") << content;
+  std::filesystem::rename(path + ".new", path);
+}
+
+// Also where the system names its own file in TZ.
+TEST(PosixClock, FollowsAChangeOfTheZoneFile) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.path() + "/zone";
+  put(path, zoneFile(3600));
+  const PosixClock clock;
+  const Zone zone((":" + path).c_str());
+  EXPECT_EQ(clock.localTime(kWinter).hour, 15);
+  put(path, zoneFile(7200));
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (clock.localTime(kWinter).hour == 15 && std::chrono::steady_clock::now() < end)
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_EQ(clock.localTime(kWinter).hour, 16);
+  EXPECT_EQ(clock.instantOf({2024, 3, 5, 16, 7, 9}), kWinter);
+  EXPECT_EQ(std::getenv("TZ"), ":" + path);
+}
+
+TEST(PosixClock, NamesTheZoneThatALinkLeadsTo) {
+  const TemporaryDirectory directory;
+  std::filesystem::create_symlink("/usr/share/zoneinfo/Asia/Tokyo", directory.path() + "/rules");
+  std::filesystem::create_symlink("rules", directory.path() + "/localtime");
+  const Zone zone((":" + directory.path() + "/localtime").c_str());
+  EXPECT_EQ(PosixClock().timeZone(), "Asia/Tokyo");
 }
 
 TEST(PosixClock, NamesTheZone) {

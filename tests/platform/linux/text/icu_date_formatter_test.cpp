@@ -41,6 +41,28 @@ TEST_F(Dates, AreWrittenInTheLanguageAndTheLocalZone) {
   EXPECT_EQ(dates.formatPattern(kInstant, "not a pattern", "en"), "");
 }
 
+// Order, hours and month names are those of the language as it is written where
+// the user is.
+TEST_F(Dates, TakeTheRegionFromTheLocaleOfTimes) {
+  struct Row {
+    std::string locale;
+    std::string language;
+    std::string text;
+  };
+  for (const auto& [locale, language, text] : {
+           Row{"", "en", "Mar 5, 2024, 2:07\u202FPM"},
+           Row{"de_AT.UTF-8", "en", "5 Mar 2024, 14:07"},
+           Row{"en_US.UTF-8", "en", "Mar 5, 2024, 2:07\u202FPM"},
+           Row{"en_US.UTF-8", "en-GB", "5 Mar 2024, 14:07"},  // A language with a region keeps it.
+           Row{"en_GB.UTF-8", "de", "05.03.2024, 14:07"},     // Nobody writes German so: it is as everywhere.
+           Row{"nonsense", "de", "05.03.2024, 14:07"},
+       })
+    EXPECT_EQ(IcuDateFormatter(clock, locale).format(kInstant, DateStyle::mediumStyle, DateStyle::shortStyle, language),
+              text)
+        << locale << ' ' << language;
+  EXPECT_EQ(IcuDateFormatter(clock, "de_AT.UTF-8").formatPattern(Instant(), "dd MMM yyyy", "de"), "01 Jän. 1970");
+}
+
 TEST_F(Dates, AreReadStrictly) {
   const std::optional<Instant> hourBefore = kInstant - std::chrono::hours(1);
   struct Row {

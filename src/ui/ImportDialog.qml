@@ -1,0 +1,13 @@
+// Chooses vCard files; the desktop's own dialog where it has one.
+import QtQuick
+import QtQuick.Dialogs
+import Varnok
+
+FileDialog {
+    required property ContactImport contactImport
+
+    title: Texts.text("IMPORT_FILE")
+    fileMode: FileDialog.OpenFiles
+    nameFilters: ["vCard (*.vcf *.VCF *.vcard)"]
+    onAccepted: contactImport.importUrls(selectedFiles)
+}

@@ -53,6 +53,9 @@ class LinuxPlatform {
   LinuxPlatform& operator=(const LinuxPlatform&) = delete;
   ~LinuxPlatform();
 
+  // Asked where nothing else asks who is to get a message; outlives the platform.
+  void setMailRecipients(MailRecipients& recipients) { sendmail_.setRecipients(recipients); }
+
   // `composer` stands in for the platform's mail composer; it outlives the
   // services' users.
   Services services(MailComposer* composer = nullptr);

@@ -194,5 +194,8 @@ inline constexpr std::string_view SECTION_INDEX = "SECTION_INDEX";
 inline constexpr std::string_view PERCENT = "PERCENT";
 inline constexpr std::string_view CHOOSE_BOOK = "CHOOSE_BOOK";
 inline constexpr std::string_view OWN_BOOK = "OWN_BOOK";
+inline constexpr std::string_view NO_NAME = "NO_NAME";
+inline constexpr std::string_view MAIL_TO = "MAIL_TO";
+inline constexpr std::string_view MAIL_TO_HINT = "MAIL_TO_HINT";
 
 }  // namespace varnok::text_key

@@ -1,35 +1,22 @@
 // In front of everything while work goes on that the user waits for.
 import QtQuick
 import QtQuick.Controls.Basic
-import QtQuick.Templates as T
 import Varnok
 
-Popup {
+FrontCard {
     id: popup
 
     required property Presenter presenter
-    property bool rightToLeft: false
     readonly property bool wanted: presenter.overlayShown
 
     onWantedChanged: wanted ? open() : close()
     Component.onCompleted: if (wanted) open()
 
-    parent: T.Overlay.overlay
     anchors.centerIn: parent
-    modal: true
-    focus: true
     closePolicy: Popup.NoAutoClose
     padding: 28
     width: Math.min(Math.max(200, label.implicitWidth + 2 * padding), parent ? parent.width - 2 * Theme.margin : 200)
 
-    T.Overlay.modal: Rectangle { color: Theme.dim }
-    enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.quick } }
-    exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.quick } }
-
-    background: Rectangle {
-        radius: 20
-        color: Theme.raised
-    }
     Column {
         width: popup.availableWidth
         spacing: 20

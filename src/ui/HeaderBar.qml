@@ -15,16 +15,28 @@ Item {
     signal back()
     signal action()
 
-    implicitHeight: Math.max(Theme.barHeight, label.implicitHeight + 16)
+    // Large letters leave it no room beside a button.
+    readonly property bool titleBelow: actionText.length > 0 && width > 0 &&
+                                       natural.width > width - startRow.implicitWidth - endRow.implicitWidth - 24
 
-    RowLayout {
+    implicitHeight: titleBelow ? Theme.barHeight + natural.height + 8 : Math.max(Theme.barHeight, label.implicitHeight + 16)
+
+    TextMetrics {
+        id: natural
+        font: label.font
+        text: bar.title
+    }
+    GridLayout {
         anchors.fill: parent
         anchors.leftMargin: 4
         anchors.rightMargin: 4
-        spacing: 4
+        columns: 3
+        columnSpacing: 4
+        rowSpacing: 0
 
         Item {
-            id: start
+            Layout.row: 0
+            Layout.column: 0
             Layout.preferredWidth: Math.max(Theme.target, startRow.implicitWidth)
             Layout.fillHeight: true
             Row {
@@ -44,6 +56,9 @@ Item {
         Text {
             id: label
             Layout.fillWidth: true
+            Layout.row: bar.titleBelow ? 1 : 0
+            Layout.column: bar.titleBelow ? 0 : 1
+            Layout.columnSpan: bar.titleBelow ? 3 : 1
             text: bar.title
             font.pixelSize: Theme.heading
             font.weight: Font.Bold
@@ -56,6 +71,9 @@ Item {
             Accessible.name: text
         }
         Item {
+            Layout.row: 0
+            Layout.column: 2
+            Layout.alignment: Qt.AlignRight
             Layout.preferredWidth: Math.max(Theme.target, endRow.implicitWidth)
             Layout.fillHeight: true
             Row {

@@ -10,6 +10,7 @@ ApplicationWindow {
     required property Presenter presenter
     required property ContactImport contactImport
     required property AddressBookChoice books
+    required property MailQuestion mail
 
     readonly property bool mirrored: Application.layoutDirection === Qt.RightToLeft
     readonly property bool wide: width >= Theme.wideFrom
@@ -133,6 +134,10 @@ ApplicationWindow {
 
     BusyCard {
         presenter: window.presenter
+        rightToLeft: window.mirrored
+    }
+    MailCard {
+        question: window.mail
         rightToLeft: window.mirrored
     }
     QuestionCard {

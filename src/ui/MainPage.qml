@@ -1,8 +1,6 @@
 // The first page: one big button, how the backup goes, and what to do with it.
-//
-// Components reach the ids around them, which this linter does not follow.
-// qmllint disable unqualified
 // While there is nobody to back up it says what to do next instead.
+pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
@@ -32,16 +30,14 @@ FocusScope {
     Component.onDestruction: presenter.forget(screen)
 
     function importFile() {
-        dialog.active = true
+        if (!dialog.item)
+            dialog.setSource("ImportDialog.qml", {"contactImport": contactImport})
         (dialog.item as ImportDialog).open()
     }
 
+    // Made when it is first asked for.
     Loader {
         id: dialog
-        active: false
-        sourceComponent: ImportDialog {
-            contactImport: page.contactImport
-        }
     }
 
     Rectangle {

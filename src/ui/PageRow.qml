@@ -1,7 +1,8 @@
 // One line of a page: a title or a footer, or a row on a card with whatever it
 // carries.
 //
-// Components reach the ids around them, which this linter does not follow.
+// Loaded components reach the ids around them, which this linter does not follow,
+// and which bound components may not do here.
 // qmllint disable unqualified
 import QtQuick
 import QtQuick.Controls.Basic
@@ -48,6 +49,28 @@ Item {
     readonly property bool reacts: pressable && (hasSwitch || isButton || markable || selectable || screen.choice)
     readonly property real side: Math.max(Theme.margin, Math.round((width - Theme.columnWidth) / 2))
 
+    // Somebody without a name is somebody all the same.
+    readonly property bool nameless: isRow && !isButton && text.length === 0 && selectable
+    readonly property string title: isButton ? button : nameless ? Texts.text("NO_NAME") : text
+
+    // Buttons of their own are heard of only in a list item.
+    readonly property bool hasButtons: segments.length > 0 || address.length > 0 || screen.deletable
+
+    // Here rather than on the control, which would say of itself that it is a list item.
+    Accessible.ignored: blank
+    Accessible.role: !isRow ? kind === TableModel.Header ? Accessible.Heading : Accessible.StaticText
+                     : hasSwitch || markable ? Accessible.CheckBox
+                     : screen.choice ? Accessible.RadioButton
+                     : (isButton || selectable) && !hasButtons ? Accessible.Button : Accessible.ListItem
+    Accessible.name: detail.length > 0 ? title + ", " + detail : title
+    Accessible.description: badge
+    Accessible.checkable: hasSwitch || markable || isRow && screen.choice
+    Accessible.checked: switchState === 1 || marked || checked
+    Accessible.focusable: isRow && pressable
+    Accessible.focused: focused
+    Accessible.onPressAction: activated()
+    Accessible.onToggleAction: activated()
+
     implicitHeight: !isRow ? heading.implicitHeight : blank ? 0 : card.y + card.implicitHeight
     height: implicitHeight
     visible: height > 0
@@ -70,9 +93,7 @@ Item {
         wrapMode: Text.Wrap
         horizontalAlignment: Text.AlignLeft
         textFormat: Text.PlainText
-        Accessible.ignored: row.isRow
-        Accessible.role: row.kind === TableModel.Header ? Accessible.Heading : Accessible.StaticText
-        Accessible.name: text
+        Accessible.ignored: true
     }
 
     SwipeDelegate {
@@ -97,15 +118,7 @@ Item {
         swipe.left: swipe.enabled && mirrored ? bin : null
         onClicked: row.activated()
 
-        Accessible.ignored: !row.isRow || row.blank
-        Accessible.role: row.hasSwitch || row.markable ? Accessible.CheckBox
-                         : row.screen.choice ? Accessible.RadioButton : row.isButton || row.selectable ? Accessible.Button : Accessible.ListItem
-        Accessible.name: row.isButton ? row.button : row.detail.length > 0 ? row.text + ", " + row.detail : row.text
-        Accessible.description: row.badge
-        Accessible.checkable: row.hasSwitch || row.markable || row.screen.choice
-        Accessible.checked: row.switchState === 1 || row.marked || row.checked
-        Accessible.onPressAction: row.activated()
-        Accessible.onToggleAction: row.activated()
+        Accessible.ignored: true
 
         Component {
             id: bin
@@ -209,11 +222,10 @@ Item {
                     id: title
                     visible: text.length > 0 && row.address.length === 0
                     Layout.fillWidth: true
-                    // Somebody without a name is somebody all the same.
-                    text: row.isButton ? row.button : row.text.length === 0 && row.markable ? "–" : row.text
+                    text: row.title
                     font.pixelSize: Theme.body
                     font.weight: row.isButton ? Font.DemiBold : Font.Normal
-                    color: !row.isButton ? Theme.text : row.tone === 3 ? Theme.destructive : Theme.accent
+                    color: row.nameless ? Theme.secondary : !row.isButton ? Theme.text : row.tone === 3 ? Theme.destructive : Theme.accent
                     opacity: row.pressable ? 1 : 0.5
                     wrapMode: Text.Wrap
                     maximumLineCount: 3
@@ -246,13 +258,20 @@ Item {
                     readonly property bool below: title.implicitWidth + segmentRoom.width + 12 > card.availableWidth
                     Layout.topMargin: 4
                     Layout.fillWidth: true
-                    sourceComponent: segmentButtons
+                    sourceComponent: SegmentButtons {
+                        titles: row.segments
+                        room: card.availableWidth
+                        onPressed: row.segmentPressed()
+                    }
                 }
             }
             Loader {
                 active: row.segments.length > 0 && title.implicitWidth + segmentRoom.width + 12 <= card.availableWidth
                 visible: active
-                sourceComponent: segmentButtons
+                sourceComponent: SegmentButtons {
+                    titles: row.segments
+                    onPressed: row.segmentPressed()
+                }
             }
             Text {
                 visible: text.length > 0
@@ -328,21 +347,5 @@ Item {
     QtObject {
         id: segmentRoom
         readonly property real width: row.segments.length === 0 ? 0 : segmentText.width + 48 * row.segments.length
-    }
-    Component {
-        id: segmentButtons
-        Flow {
-            spacing: Theme.gap
-            Repeater {
-                model: row.segments
-                ActionButton {
-                    required property string modelData
-                    objectName: "segment"
-                    focusPolicy: Qt.NoFocus
-                    text: modelData
-                    onClicked: row.segmentPressed()
-                }
-            }
-        }
     }
 }

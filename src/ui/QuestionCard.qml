@@ -1,18 +1,14 @@
 // An alert or an action sheet: a card in the middle; on a phone sheets come up
-//
-// Components reach the ids around them, which this linter does not follow.
-// qmllint disable unqualified
 // from below, within the thumb's reach.
+pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls.Basic
-import QtQuick.Templates as T
 import Varnok
 
-Popup {
+FrontCard {
     id: popup
 
     required property QuestionAdapter question
-    property bool rightToLeft: false
     readonly property bool fromBelow: question.sheet && parent && parent.width < 600
 
     function show() {
@@ -36,35 +32,20 @@ Popup {
     onAboutToHide: if (question.shown) question.answer(question.cancelIndex)
     onClosed: if (question.shown) show()
 
-    parent: T.Overlay.overlay
     x: Math.round((parent.width - width) / 2)
     y: fromBelow ? parent.height - height : Math.round((parent.height - height) / 2)
     width: fromBelow ? parent.width : Math.min(Theme.sheetWidth, parent.width - 2 * Theme.margin)
     height: Math.min(implicitHeight, parent.height - (fromBelow ? 24 : 2 * Theme.margin))
-    modal: true
-    focus: true
     closePolicy: question.sheet ? Popup.CloseOnEscape | Popup.CloseOnPressOutside : Popup.CloseOnEscape
-    padding: 20
-    bottomPadding: 20
 
-    T.Overlay.modal: Rectangle { color: Theme.dim }
-    enter: Transition {
-        NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.quick }
-    }
-    exit: Transition {
-        NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.quick }
-    }
-
-    background: Rectangle {
-        radius: 20
+    // A sheet has no corners below.
+    Rectangle {
+        parent: popup.background
+        visible: popup.fromBelow
+        anchors.bottom: parent.bottom
+        width: parent.width
+        height: 20
         color: Theme.raised
-        Rectangle {
-            visible: popup.fromBelow
-            anchors.bottom: parent.bottom
-            width: parent.width
-            height: 20
-            color: Theme.raised
-        }
     }
     Flickable {
         anchors.fill: parent

@@ -1,8 +1,6 @@
 // The strip of letters at the end of a long list: touched or slid over, the list
-//
-// Components reach the ids around them, which this linter does not follow.
-// qmllint disable unqualified
 // goes to that letter.
+pragma ComponentBehavior: Bound
 import QtQuick
 import Varnok
 
@@ -30,14 +28,16 @@ Item {
                 required property int index
                 width: strip.width
                 height: strip.rowHeight
-                text: strip.titles[index * strip.step] ?? ""
+                readonly property string title: strip.titles[index * strip.step] ?? ""
+                readonly property bool nameless: title.trim().length === 0
+                text: nameless ? "–" : title
                 font.pixelSize: Theme.caption
                 font.weight: Font.Bold
                 color: Theme.accent
                 horizontalAlignment: Text.AlignHCenter
                 verticalAlignment: Text.AlignVCenter
                 Accessible.role: Accessible.Button
-                Accessible.name: text
+                Accessible.name: nameless ? Texts.text("NO_NAME") : title
                 Accessible.onPressAction: strip.jump(index * strip.step)
             }
         }

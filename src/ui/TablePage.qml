@@ -1,8 +1,8 @@
 // Any screen that is a table: its title and controls where a thumb finds them,
-//
-// Components reach the ids around them, which this linter does not follow.
-// qmllint disable unqualified
 // its sections as cards.
+//
+// The list's parts reach the ids around them, which this linter does not follow.
+// qmllint disable unqualified
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts

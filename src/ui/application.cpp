@@ -26,8 +26,10 @@ std::unique_ptr<Application> Application::make(const PlatformOptions& options, S
   if (platform == nullptr) return nullptr;
   std::unique_ptr<Application> application(new Application);
   application->presenter_ = std::move(presenter);
+  application->mail_ = std::make_unique<MailQuestion>();
   application->tasks_ = runner;
   application->platform_ = std::move(platform);
+  application->platform_->setMailRecipients(*application->mail_);
   const Services services = application->platform_->services();
   application->presenter_->setTasks(services.tasks);
   application->desktop_ = std::make_unique<DesktopSettings>(nullptr);
@@ -61,7 +63,8 @@ QQuickWindow* Application::open(const LaunchOptions& options) {
   engine_->setProperty("varnok.desktop", QVariant::fromValue(desktop_.get()));
   engine_->setInitialProperties({{"presenter", QVariant::fromValue(presenter_.get())},
                                  {"contactImport", QVariant::fromValue(import_.get())},
-                                 {"books", QVariant::fromValue(books_.get())}});
+                                 {"books", QVariant::fromValue(books_.get())},
+                                 {"mail", QVariant::fromValue(mail_.get())}});
   engine_->load(QUrl("qrc:/Varnok/Main.qml"));
   if (engine_->rootObjects().isEmpty()) return nullptr;
   auto* window = qobject_cast<QQuickWindow*>(engine_->rootObjects().constFirst());

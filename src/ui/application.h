@@ -12,6 +12,7 @@
 #include "ui/address_book_choice.h"
 #include "ui/contact_import.h"
 #include "ui/desktop_settings.h"
+#include "ui/mail_question.h"
 #include "ui/qt_presenter.h"
 #include "ui/qt_task_runner.h"
 #include "ui/texts.h"
@@ -40,6 +41,7 @@ class Application {
   QtPresenter& presenter() { return *presenter_; }
   VarnokAppDelegate& delegate() { return *delegate_; }
   LinuxPlatform& platform() { return *platform_; }
+  MailQuestion& mail() { return *mail_; }
   ContactImport& contactImport() { return *import_; }
   const QtTaskRunner& tasks() const { return *tasks_; }
 
@@ -47,6 +49,7 @@ class Application {
   Application() = default;
 
   std::unique_ptr<QtPresenter> presenter_;
+  std::unique_ptr<MailQuestion> mail_;
   QtTaskRunner* tasks_ = nullptr;  // The platform's.
   std::unique_ptr<LinuxPlatform> platform_;
   std::unique_ptr<DesktopSettings> desktop_;

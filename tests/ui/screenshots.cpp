@@ -36,6 +36,7 @@ class Album {
     take(driver, "03-first-backup-alert");
     driver.click("answer0");
     take(driver, "04-finished");
+    mail(driver);
     driver.click("btn_Settings");
     take(driver, "05-settings");
     scrollDown(driver);
@@ -74,6 +75,13 @@ class Album {
   static void leave(WindowDriver& driver) {
     driver.page().close();
     driver.settle();
+  }
+
+  void mail(WindowDriver& driver) {
+    driver.application().mail().ask({{}, "Varnok", "", false, {{"", "text/vcard", "2026-03-14_41.vcf"}}},
+                                    [](const auto&) {});
+    take(driver, "21-mail");
+    driver.key(Qt::Key_Escape);
   }
 
   void restore(WindowDriver& driver) {

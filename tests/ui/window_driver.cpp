@@ -139,6 +139,16 @@ void WindowDriver::click(const QQuickItem& item) {
   settle();
 }
 
+void WindowDriver::press(const QString& objectName) {
+  QTest::mouseClick(window_, Qt::LeftButton, Qt::NoModifier, middleOf(*find(objectName)));
+}
+
+void WindowDriver::type(const QString& text) {
+  for (const QChar c : text)
+    QTest::keyClick(window_, c.toLatin1());
+  settle();
+}
+
 void WindowDriver::key(Qt::Key key) {
   QTest::keyClick(window_, key);
   settle();

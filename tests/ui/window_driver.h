@@ -55,7 +55,10 @@ class WindowDriver {
   bool click(const QString& objectName);
   bool clickRow(int section, int row);
   void click(const QQuickItem& item);
+  // Without waiting for what it sets off.
+  void press(const QString& objectName);
   void key(Qt::Key key);
+  void type(const QString& text);
   // A finger along the row, from its end to its beginning.
   void swipe(const QQuickItem& item);
 

@@ -2,14 +2,18 @@
 // files, preferences and people on the other.
 
 #include <QClipboard>
+#include <QDateTime>
 #include <QDir>
 #include <QGuiApplication>
 #include <QRegularExpression>
 #include <QTest>
+#include <fstream>
+#include <future>
 
 #include "app/preferences/preference_keys.h"
 #include "contacts/address_book.h"
 #include "ui/window_driver.h"
+#include "web/http/http_test_client.h"
 
 namespace varnok {
 namespace {
@@ -64,6 +68,8 @@ class WindowTest : public QObject {
   void init() { QTest::failOnWarning(complaintPattern()); }
 
   void backupWritesTheFileAndSaysSo();
+  void aCancelledBackupLeavesNoFile();
+  void aMailAsksForWhomItIs();
   void settingsSwitchStoresThePreference();
   void choiceOfAFormatIsShownAndUsed();
   void duplicatesAreRemovedAndTheirPageCloses();
@@ -74,6 +80,8 @@ class WindowTest : public QObject {
   void wholeWayByKeyboard();
   void wideWindowShowsTheSettingsBesideTheirPage();
   void webAddressIsCopied();
+  void webAccessServesUntilItIsSwitchedOff();
+  void aReminderIsPlannedAndCancelled();
   void anEmptyBookOffersAnImport();
   void aFileThatIsNoCardChangesNothing();
   void hebrewRunsFromTheRight();
@@ -92,6 +100,66 @@ void WindowTest::backupWritesTheFileAndSaysSo() {
   QCOMPARE(file.readAll().count("BEGIN:VCARD"), peopleIn(driver));
   QVERIFY(driver.find("btn_Send") != nullptr);
   QVERIFY(driver.find("btn_Cancel") == nullptr);
+}
+
+void WindowTest::aCancelledBackupLeavesNoFile() {
+  const QTemporaryDir folder;
+  WindowDriver::Setup setup;
+  setup.people = folder.filePath("many.vcf").toStdString();
+  {
+    std::ofstream many(setup.people);
+    for (int i = 0; i < 5000; ++i)
+      many << "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Person " << i << "\r\nTEL:" << i << "\r\nEND:VCARD\r\n";
+  }
+  WindowDriver driver(setup);
+  driver.press("btn_Backup");
+  QVERIFY(QTest::qWaitFor([&] { return driver.find("btn_Cancel") != nullptr && driver.page().progressValue() > 0; }));
+  QVERIFY(driver.page().progressValue() < 5000);
+  driver.click("btn_Cancel");
+  QCOMPARE(backupsOf(driver), QStringList());
+  QVERIFY(driver.find("btn_Send") == nullptr);
+  QCOMPARE(peopleIn(driver), 5000);
+  makeBackup(driver);
+  QCOMPARE(backupsOf(driver).size(), 1);
+}
+
+// Without a mail program there is sendmail, which knows nobody.
+void WindowTest::aMailAsksForWhomItIs() {
+  const QTemporaryDir folder;
+  const QString sent = folder.filePath("sent");
+  const QString program = folder.filePath("sendmail");
+  {
+    QFile script(program);
+    QVERIFY(script.open(QIODevice::WriteOnly));
+    script.write(("#!/bin/sh\ncat > '" + sent + "'\n").toUtf8());
+    script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+  }
+  qputenv("VARNOK_SENDMAIL", program.toUtf8());
+  WindowDriver driver(withPeople());
+  qunsetenv("VARNOK_SENDMAIL");
+  makeBackup(driver);
+  driver.click("btn_Send");
+  QQuickItem* to = driver.find("mailTo");
+  QVERIFY(to != nullptr && to->hasActiveFocus());
+
+  driver.type("nobody");
+  driver.key(Qt::Key_Return);
+  QVERIFY(driver.find("mailTo") != nullptr);
+  driver.key(Qt::Key_Escape);
+  QVERIFY(driver.find("mailTo") == nullptr);
+  QVERIFY(!QFile::exists(sent));
+  makeBackup(driver);
+  driver.click("btn_Send");
+  QCOMPARE(driver.find("mailTo")->property("text").toString(), QString());
+
+  driver.type("ada@example.org, bob@example.org");
+  driver.click("mailSend");
+  QVERIFY(driver.find("mailTo") == nullptr);
+  QFile message(sent);
+  QVERIFY(message.open(QIODevice::ReadOnly));
+  const QByteArray text = message.readAll();
+  QVERIFY2(text.startsWith("To: ada@example.org") && text.contains("bob@example.org"), text.left(200).constData());
+  QVERIFY(text.contains(backupsOf(driver).constLast().toUtf8()));
 }
 
 void WindowTest::settingsSwitchStoresThePreference() {
@@ -248,6 +316,62 @@ void WindowTest::webAddressIsCopied() {
   QVERIFY(driver.click("copyAddress"));
   QCOMPARE(QGuiApplication::clipboard()->text(), driver.row(2, 1)->property("address").toString());
   QVERIFY(QGuiApplication::clipboard()->text().startsWith("http://"));
+}
+
+void WindowTest::webAccessServesUntilItIsSwitchedOff() {
+  WindowDriver driver(withPeople());
+  makeBackup(driver);
+  driver.click("btn_Settings");
+  QQuickItem* row = driver.row(2, 0);
+  if (!row->property("pressable").toBool()) QSKIP("no network address here");
+  driver.click(*row);
+  const QUrl address(driver.row(2, 1)->property("address").toString());
+  const auto answerTo = [&](const std::string& path) {
+    const auto ask = [&] {
+      HTTPTestClient client(static_cast<std::uint16_t>(address.port()));
+      client.send("GET " + path + " HTTP/1.1\r\nConnection: close\r\nHost: " + address.authority().toStdString() +
+                  "\r\n\r\n");
+      return client.receiveAll();
+    };
+    // The server asks things of this thread.
+    auto answer = std::async(std::launch::async, ask);
+    const bool answered =
+        QTest::qWaitFor([&] { return answer.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }, 20000);
+    return answered ? QByteArray::fromStdString(answer.get()) : QByteArray();
+  };
+  QVERIFY(answerTo("/").startsWith("HTTP/1.1 200"));
+  QCOMPARE(answerTo("/records.json").count("\"id\":"), peopleIn(driver));
+  QVERIFY(answerTo("/download.html").startsWith("HTTP/1.1 200"));
+  driver.clickRow(2, 0);
+  QCOMPARE(driver.row(2, 1)->property("address").toString(), QString());
+  QVERIFY(!HTTPTestClient(static_cast<std::uint16_t>(address.port())).isConnected());
+}
+
+void WindowTest::aReminderIsPlannedAndCancelled() {
+  WindowDriver driver(withPeople());
+  const NotificationScheduler& reminders = driver.services().reminders;
+  makeBackup(driver);
+  QVERIFY(!reminders.pending());
+  driver.click("btn_Settings");
+  driver.clickRow(3, 0);
+  driver.clickRow(3, 1);
+  driver.clickRow(0, 0);
+  if (driver.page().name() != "VarnokSettingsViewController") driver.click("back");
+  driver.click("back");
+  QCOMPARE(driver.page().name(), "VarnokViewController");
+  const auto pending = reminders.pending();
+  QVERIFY(pending.has_value());
+  QVERIFY(pending->repeat == LocalNotification::Repeat::week);
+  const auto ahead = pending->fireDate - Instant(std::chrono::seconds(QDateTime::currentSecsSinceEpoch()));
+  QVERIFY(ahead > std::chrono::hours(24 * 7 - 1) && ahead <= std::chrono::hours(24 * 7));
+
+  driver.click("btn_Settings");
+  driver.clickRow(3, 0);
+  driver.click("back");
+  driver.click("answer0");  // Offered once more, and declined.
+  driver.click("back");
+  QCOMPARE(driver.page().name(), "VarnokViewController");
+  QVERIFY(!reminders.pending());
 }
 
 void WindowTest::anEmptyBookOffersAnImport() {

@@ -181,6 +181,7 @@ void DesktopMailComposer::dismiss() {
     const auto composition = open_.begin()->second;  // settle() ends the map's own.
     settle(composition, MailComposeResult::cancelled);
   }
+  sendmail_.dismiss();
 }
 
 void DesktopMailComposer::stop() {

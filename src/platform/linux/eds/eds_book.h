@@ -32,6 +32,10 @@ class EdsBook {
 
   virtual const EdsSource& source() const = 0;
 
+  // Another text after every change of the book, a moment after it; asks nobody.
+  // Empty where the service does not say. What is fetched later is as new, or newer.
+  virtual std::string revision() = 0;
+
   virtual Status fetch(std::vector<std::string>& cards) = 0;
   // Of those that are there, in any order.
   virtual Status fetchSome(const std::vector<std::string>& uids, std::vector<std::string>& cards) = 0;

@@ -31,6 +31,7 @@ EdsContactBackend::EdsContactBackend(std::unique_ptr<EdsBook> book, std::unique_
 // --- Reading ---
 
 Status EdsContactBackend::load() {
+  const std::string revision = book_->revision();
   std::vector<std::string> cards;
   if (Status status = book_->fetch(cards); !status.ok()) return status;
   std::vector<std::string> uids;
@@ -49,6 +50,7 @@ Status EdsContactBackend::load() {
   for (std::size_t i = 0; i < ids.size(); ++i)
     contacts_.push_back({ids[i], std::move(kept[i])});
   std::ranges::sort(contacts_, {}, &Contact::id);
+  numbers_->keepPeopleAt(revision, static_cast<int>(contacts_.size()));
   return {};
 }
 
@@ -93,8 +95,11 @@ std::vector<RecordID> EdsContactBackend::idsWithImage() {
   return ids;
 }
 
+// Screens count far more often than they read, and a book need not come over
+// the bus for that.
 int EdsContactBackend::personCount() {
-  return static_cast<int>(contacts().size());
+  if (!loaded_ && !count_) count_ = numbers_->peopleAt(book_->revision());
+  return loaded_ || !count_ ? static_cast<int>(contacts().size()) : *count_;
 }
 
 std::optional<PropertyValue> EdsContactBackend::value(RecordID id, PropertyID property) {
@@ -202,6 +207,14 @@ Status EdsContactBackend::failure(std::string_view part, const Status& cause, st
 }
 
 Status EdsContactBackend::commit() {
+  Status status = sendChanges();
+  // The new revision may be heard of later than the next question.
+  numbers_->forgetPeople();
+  if (status.ok()) forget();
+  return status;
+}
+
+Status EdsContactBackend::sendChanges() {
   Work work;
   if (Status status = prepare(work); !status.ok()) {
     return failure("looking up what changes", status, "; nothing was changed");
@@ -215,7 +228,6 @@ Status EdsContactBackend::commit() {
   if (!work.removed.empty()) {
     if (Status status = book_->remove(work.removed); !status.ok()) return failure("removing contacts", status, done);
   }
-  forget();
   return {};
 }
 
@@ -232,6 +244,7 @@ void EdsContactBackend::forget() {
   contacts_.clear();
   read_ = {};
   loaded_ = false;
+  count_.reset();
 }
 
 }  // namespace varnok

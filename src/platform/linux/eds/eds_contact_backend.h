@@ -3,6 +3,7 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -57,6 +58,7 @@ class EdsContactBackend : public ContactBackend {
   const Contact* find(RecordID id);
   ContactRecord* personOf(RecordID id);
   Status prepare(Work& work);
+  Status sendChanges();
   Status addAll();
   Status failure(std::string_view part, const Status& cause, std::string_view before) const;
   void forget();
@@ -66,6 +68,7 @@ class EdsContactBackend : public ContactBackend {
   CardReader reader_;
 
   bool loaded_ = false;
+  std::optional<int> count_;       // When asked before the contacts were loaded.
   std::vector<Contact> contacts_;  // By number.
   Status readStatus_;
 

@@ -72,6 +72,15 @@ class LibebookBook : public EdsBook {
 
   const EdsSource& source() const override { return connection_->source; }
 
+  std::string revision() override {
+    gchar* text = nullptr;
+    e_client_get_backend_property_sync(E_CLIENT(connection_->client.get()), E_BOOK_BACKEND_PROPERTY_REVISION, &text,
+                                       /*cancellable=*/nullptr, /*error=*/nullptr);
+    std::string revision = text == nullptr ? "" : text;
+    g_free(text);
+    return revision;
+  }
+
   Status fetch(Strings& cards) override { return ask("", kWholeBook, cards); }
 
   Status fetchSome(const Strings& uids, Strings& cards) override {

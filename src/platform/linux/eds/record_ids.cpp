@@ -12,10 +12,11 @@ PRAGMA application_id = 1447121481;
 CREATE TABLE IF NOT EXISTS number(
   id INTEGER PRIMARY KEY AUTOINCREMENT, source TEXT NOT NULL, uid TEXT NOT NULL, UNIQUE(source, uid));
 CREATE TABLE IF NOT EXISTS secured(one INTEGER PRIMARY KEY, times INTEGER NOT NULL);
-PRAGMA user_version = 1;
+CREATE TABLE IF NOT EXISTS people(source TEXT PRIMARY KEY, revision TEXT NOT NULL, count INTEGER NOT NULL);
+PRAGMA user_version = 2;
 )";
 constexpr std::int64_t kApplicationID = 1447121481;
-constexpr std::int64_t kVersion = 1;
+constexpr std::int64_t kVersion = 2;
 
 Status checkFile(Database& database, const std::string& path, std::int64_t& version) {
   Status status;
@@ -34,7 +35,7 @@ Status createTables(Database& database, const std::string& path) {
   if (Status status = database.execute("BEGIN IMMEDIATE"); !status.ok()) return status;
   std::int64_t version = 0;
   Status status = checkFile(database, path, version);
-  if (status.ok() && version == 0) status = database.execute(kCreate);
+  if (status.ok() && version < kVersion) status = database.execute(kCreate);
   if (status.ok()) status = database.execute("COMMIT");
   if (!status.ok()) database.execute("ROLLBACK").ignore("the first failure is what counts");
   return status;
@@ -43,7 +44,7 @@ Status createTables(Database& database, const std::string& path) {
 Status prepare(Database& database, const std::string& path) {
   std::int64_t version = 0;
   if (Status status = checkFile(database, path, version); !status.ok()) return status;
-  if (version == 0) {
+  if (version < kVersion) {
     if (Status status = createTables(database, path); !status.ok()) return status;
     if (Status status = database.useWriteAheadLog(); !status.ok()) return status;
   }
@@ -129,6 +130,28 @@ std::string RecordIDs::uidOf(RecordID id, Status& status) {
   status = find_.status();
   find_.reset();
   return uid;
+}
+
+std::optional<int> RecordIDs::peopleAt(const std::string& revision) {
+  Statement count = database_->prepare("SELECT count FROM people WHERE source = ?1 AND revision = ?2");
+  count.bind(std::string_view(source_)).bind(std::string_view(revision));
+  if (revision.empty() || !count.step()) return std::nullopt;
+  return static_cast<int>(count.integer(0));
+}
+
+void RecordIDs::keepPeopleAt(const std::string& revision, int count) {
+  if (revision.empty() || peopleAt(revision) == count) return;
+  Statement keep = database_->prepare("INSERT OR REPLACE INTO people VALUES(?1, ?2, ?3)");
+  keep.bind(std::string_view(source_))
+      .bind(std::string_view(revision))
+      .bind(count)
+      .run()
+      .ignore("they are counted again");
+}
+
+void RecordIDs::forgetPeople() {
+  Statement forget = database_->prepare("DELETE FROM people WHERE source = ?1");
+  forget.bind(std::string_view(source_)).run().ignore("the next revision differs");
 }
 
 }  // namespace varnok

@@ -1,12 +1,14 @@
 // RecordIDs: which number stands for which contact of which address book. The
 // service names contacts by texts; ours are numbers, which are never used again,
-// so a contact that is gone keeps its number.
+// so a contact that is gone keeps its number. Beside them it keeps how many
+// people the book had when it was last read.
 //
 // Threads. A handle's. Many handles and processes may use one file.
 
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,6 +37,11 @@ class RecordIDs {
 
   // Empty when nobody has this number.
   std::string uidOf(RecordID id, Status& status);
+
+  // How many people the book had at `revision`; nothing when that was not kept.
+  std::optional<int> peopleAt(const std::string& revision);
+  void keepPeopleAt(const std::string& revision, int count);
+  void forgetPeople();
 
  private:
   RecordIDs(std::unique_ptr<Database> database, std::string source);

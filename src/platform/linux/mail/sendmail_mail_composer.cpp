@@ -56,6 +56,22 @@ std::optional<std::string> SendmailMailComposer::program() const {
 }
 
 void SendmailMailComposer::present(MailMessage message, std::function<void(MailComposeResult)> finished) {
+  if (!message.to.empty() || recipients_ == nullptr) {
+    start(std::move(message), std::move(finished));
+    return;
+  }
+  const auto asked = std::make_shared<MailMessage>(std::move(message));
+  recipients_->ask(*asked, [this, asked, finished = std::move(finished)](std::vector<std::string> to) {
+    asked->to = std::move(to);
+    start(std::move(*asked), finished);
+  });
+}
+
+void SendmailMailComposer::dismiss() {
+  if (recipients_ != nullptr) recipients_->dismiss();
+}
+
+void SendmailMailComposer::start(MailMessage message, std::function<void(MailComposeResult)> finished) {
   if (message.to.empty()) {
     log_.write("Mail \"" + message.subject + "\" has no recipient and is not sent");
     finish(MailComposeResult::cancelled, std::move(finished));

@@ -1,7 +1,7 @@
 // SendmailMailComposer: sends a message through a sendmail-compatible program
 // (`sendmail -i -t`, which reads the recipients from the message). There is no
-// window: present() sends at once, and answers when the program has taken the
-// message over.
+// window but for the recipients: present() sends at once when it knows them, and
+// answers when the program has taken the message over.
 
 #pragma once
 
@@ -12,6 +12,7 @@
 
 #include "platform/clock.h"
 #include "platform/developer_log.h"
+#include "platform/linux/mail/mail_recipients.h"
 #include "platform/mail_composer.h"
 #include "platform/task_runner.h"
 
@@ -31,16 +32,21 @@ class SendmailMailComposer : public MailComposer {
   // The references outlive every message under way.
   SendmailMailComposer(Settings settings, TaskRunner& tasks, const Clock& clock, DeveloperLog& log);
 
+  // Asked for the recipients of a message that has none. Outlives every message
+  // under way.
+  void setRecipients(MailRecipients& recipients) { recipients_ = &recipients; }
+
   bool canSendMail() const override;
 
-  // sent when the program took the message; cancelled when it has no recipient,
-  // since nobody can be asked; failed otherwise, with the reason in the log.
+  // sent when the program took the message; cancelled when it has no recipient
+  // and nobody names one; failed otherwise, with the reason in the log.
   void present(MailMessage message, std::function<void(MailComposeResult)> finished) override;
 
-  void dismiss() override {}
+  void dismiss() override;
 
  private:
   std::optional<std::string> program() const;
+  void start(MailMessage message, std::function<void(MailComposeResult)> finished);
   void finish(MailComposeResult result, std::function<void(MailComposeResult)> finished);
   MailComposeResult send(const MailMessage& message);
 
@@ -48,6 +54,7 @@ class SendmailMailComposer : public MailComposer {
   TaskRunner& tasks_;
   const Clock& clock_;
   DeveloperLog& log_;
+  MailRecipients* recipients_ = nullptr;
 };
 
 }  // namespace varnok

@@ -27,6 +27,7 @@ struct Service {
   std::string failing;  // The call that fails.
   bool renames = false;
   Status answer;  // To whoever connects.
+  int revision = 0;
 };
 
 class ObedientBook : public EdsBook {
@@ -34,6 +35,7 @@ class ObedientBook : public EdsBook {
   explicit ObedientBook(Service& service) : service_(service) {}
 
   const EdsSource& source() const override { return source_; }
+  std::string revision() override { return service_.revision == 0 ? "" : std::to_string(service_.revision); }
   Status fetch(Strings& cards) override {
     if (Status status = called("fetch"); !status.ok()) return status;
     for (const auto& [uid, card] : service_.cards)
@@ -161,6 +163,30 @@ TEST_F(EdsContactStore, AFailedReadIsRememberedAndNotRepeated) {
   EXPECT_EQ(store->personWithRecordID(1), nullptr);
   EXPECT_EQ(store->readStatus().message(), "it went away");
   EXPECT_EQ(service_.calls.size(), 1U);
+}
+
+TEST_F(EdsContactStore, CountsWithoutReadingWhileTheRevisionStays) {
+  service_.revision = 1;
+  EXPECT_EQ(open()->personCount(), 3);
+  EXPECT_EQ(open()->personCount(), 3);
+  EXPECT_EQ(service_.calls, Strings{"fetch"});
+
+  // Somebody else's change.
+  service_.cards.erase("c");
+  service_.revision = 2;
+  EXPECT_EQ(open()->personCount(), 2);
+
+  // Our own, of which the service has not told yet.
+  auto store = open();
+  ASSERT_TRUE(store->addRecord(ABPersonCreate()).ok());
+  ASSERT_TRUE(store->save().ok());
+  EXPECT_EQ(store->personCount(), 3);
+  EXPECT_EQ(open()->personCount(), 3);
+
+  // A service that names no revision.
+  service_.revision = 0;
+  service_.cards.erase("a");
+  EXPECT_EQ(open()->personCount(), 2);
 }
 
 TEST_F(EdsContactStore, NumbersStayWithTheirPeopleAndAreNotUsedAgain) {

@@ -61,6 +61,9 @@ TEST_F(Dates, TakeTheRegionFromTheLocaleOfTimes) {
               text)
         << locale << ' ' << language;
   EXPECT_EQ(IcuDateFormatter(clock, "de_AT.UTF-8").formatPattern(Instant(), "dd MMM yyyy", "de"), "01 Jän. 1970");
+  // A Tuesday, where weeks begin on Sunday and where they begin on Monday.
+  EXPECT_EQ(IcuDateFormatter(clock, "en_US.UTF-8").formatPattern(kInstant, "e", "en"), "3");
+  EXPECT_EQ(IcuDateFormatter(clock, "de_AT.UTF-8").formatPattern(kInstant, "e", "en"), "2");
 }
 
 TEST_F(Dates, AreReadStrictly) {

@@ -39,7 +39,7 @@ idle inhibition of the desktop. Loaded only when they are needed.")
 set(CPACK_DEBIAN_VARNOK_PACKAGE_NAME varnok)
 string(JOIN ", " CPACK_DEBIAN_VARNOK_PACKAGE_DEPENDS
   "varnokctl (= ${PROJECT_VERSION})" "varnok-desktop (= ${PROJECT_VERSION})"
-  qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-dialogs qml6-module-qtquick-layouts
+  qml6-module-qt-labs-folderlistmodel qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-dialogs qml6-module-qtquick-layouts
   qml6-module-qtquick-templates qml6-module-qtquick-window)
 set(CPACK_DEBIAN_VARNOK_PACKAGE_RECOMMENDS "qt6-wayland, fonts-noto-core, fonts-noto-color-emoji")
 set(CPACK_COMPONENT_VARNOK_DESCRIPTION "contact backup for phone, tablet and desktop

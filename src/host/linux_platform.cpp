@@ -129,6 +129,7 @@ LinuxPlatform::LinuxPlatform(Paths paths, const PlatformOptions& options,
       mail_(desktopMailSettings(paths_), sendmail_, *tasks, log_),
       handOver_("xdg-open", *tasks, presenter_, *texts_, log_),
       desktopHandOver_({hasDesktop(), {}}, handOver_, *tasks, log_),
+      fileChooser_({options.windows && hasDesktop(), {}}, *tasks, log_),
       idleTimer_({}, *tasks, log_),
       dropboxClient_(dropboxSettings(paths_), *tasks, clock_, log_),
       dropbox_(dropboxClient_, *preferences_, log_),
@@ -145,6 +146,7 @@ LinuxPlatform::LinuxPlatform(Paths paths, const PlatformOptions& options,
 LinuxPlatform::~LinuxPlatform() {
   mail_.stop();
   desktopHandOver_.stop();
+  fileChooser_.stop();
   idleTimer_.stop();
   network_.stop();
   storeReview_.stop();

@@ -13,6 +13,7 @@
 #include "host/paths.h"
 #include "platform/linux/curl/curl_dropbox_client.h"
 #include "platform/linux/dbus/desktop_document_hand_over.h"
+#include "platform/linux/dbus/desktop_file_chooser.h"
 #include "platform/linux/dbus/desktop_idle_timer.h"
 #include "platform/linux/dbus/desktop_mail_composer.h"
 #include "platform/linux/dbus/desktop_network_monitor.h"
@@ -56,6 +57,8 @@ class LinuxPlatform {
   // Asked where nothing else asks who is to get a message; outlives the platform.
   void setMailRecipients(MailRecipients& recipients) { sendmail_.setRecipients(recipients); }
 
+  DesktopFileChooser& fileChooser() { return fileChooser_; }
+
   // `composer` stands in for the platform's mail composer; it outlives the
   // services' users.
   Services services(MailComposer* composer = nullptr);
@@ -90,6 +93,7 @@ class LinuxPlatform {
   DesktopMailComposer mail_;
   XdgDocumentHandOver handOver_;
   DesktopDocumentHandOver desktopHandOver_;
+  DesktopFileChooser fileChooser_;
   DesktopIdleTimer idleTimer_;
   CurlDropboxClient dropboxClient_;
   DropboxSession dropbox_;

@@ -1,4 +1,4 @@
-// Chooses vCard files; the desktop's own dialog where it has one.
+// Chooses vCard files where the desktop has no dialog for that.
 import QtQuick
 import QtQuick.Dialogs
 import Varnok

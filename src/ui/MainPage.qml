@@ -29,13 +29,17 @@ FocusScope {
 
     Component.onDestruction: presenter.forget(screen)
 
-    function importFile() {
-        if (!dialog.item)
-            dialog.setSource("ImportDialog.qml", {"contactImport": contactImport})
-        (dialog.item as ImportDialog).open()
+    Connections {
+        target: page.contactImport
+        function onDialogWanted() {
+            if (!dialog.item)
+                dialog.setSource("ImportDialog.qml", {"contactImport": page.contactImport})
+            const files = dialog.item as ImportDialog
+            files.open()
+        }
     }
 
-    // Made when it is first asked for.
+    // The toolkit's own dialog, made when it is first asked for.
     Loader {
         id: dialog
     }
@@ -54,7 +58,7 @@ FocusScope {
             visible: !page.running
             symbol: "import"
             text: Texts.text("IMPORT_FILE")
-            onClicked: page.importFile()
+            onClicked: page.contactImport.choose()
         }
         IconButton {
             objectName: "btn_Settings"
@@ -135,7 +139,7 @@ FocusScope {
                     weight: ActionButton.Filled
                     symbol: page.denied ? "" : "import"
                     text: page.denied ? Texts.text("TRY_AGAIN") : Texts.text("IMPORT_FILE")
-                    onClicked: page.denied ? page.contactImport.lookAgain() : page.importFile()
+                    onClicked: page.denied ? page.contactImport.lookAgain() : page.contactImport.choose()
                 }
                 ActionButton {
                     objectName: "chooseBook"

@@ -36,7 +36,8 @@ std::unique_ptr<Application> Application::make(const PlatformOptions& options, S
   application->texts_ = std::make_unique<Texts>(services.texts);
   application->delegate_ = std::make_unique<VarnokAppDelegate>(services);
   application->import_ = std::make_unique<ContactImport>(
-      services, [delegate = application->delegate_.get()] { delegate->applicationDidBecomeActive(); });
+      services, application->platform_->fileChooser(),
+      [delegate = application->delegate_.get()] { delegate->applicationDidBecomeActive(); });
   application->books_ = std::make_unique<AddressBookChoice>(services, [] { QCoreApplication::exit(kAgain); });
   return application;
 }

@@ -1,5 +1,6 @@
 #include "ui/contact_import.h"
 
+#include <QPointer>
 #include <fstream>
 #include <vector>
 
@@ -52,8 +53,20 @@ std::string noticeOf(const Status& status, const ImportReport& report, const Tex
 
 }  // namespace
 
-ContactImport::ContactImport(Services services, std::function<void()> imported)
-    : services_(std::move(services)), imported_(std::move(imported)) {}
+ContactImport::ContactImport(Services services, DesktopFileChooser& chooser, std::function<void()> imported)
+    : services_(std::move(services)), chooser_(chooser), imported_(std::move(imported)) {}
+
+void ContactImport::choose() {
+  const PortalFiles files{services_.texts.text(text_key::IMPORT_FILE), "vCard", {"*.vcf", "*.VCF", "*.vcard"}};
+  chooser_.choose(files, [here = QPointer<ContactImport>(this)](const std::optional<std::vector<std::string>>& uris) {
+    if (here == nullptr) return;
+    if (!uris) return Q_EMIT here->dialogWanted();
+    QList<QUrl> urls;
+    for (const std::string& uri : *uris)
+      urls.append(QUrl(QString::fromStdString(uri)));
+    here->importUrls(urls);
+  });
+}
 
 void ContactImport::importUrls(const QList<QUrl>& urls) {
   std::vector<std::string> paths;

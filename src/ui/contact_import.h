@@ -12,6 +12,7 @@
 #include <functional>
 
 #include "app/startup/services.h"
+#include "platform/linux/dbus/desktop_file_chooser.h"
 
 namespace varnok {
 
@@ -21,8 +22,12 @@ class ContactImport : public QObject {
   QML_UNCREATABLE("made by the application")
 
  public:
-  // `imported` is called on the main thread when there are more people.
-  ContactImport(Services services, std::function<void()> imported);
+  // `imported` is called on the main thread when there are more people. The
+  // references outlive it.
+  ContactImport(Services services, DesktopFileChooser& chooser, std::function<void()> imported);
+
+  // Asks for files and imports them.
+  Q_INVOKABLE void choose();
 
   // Files only; others are left out.
   Q_INVOKABLE void importUrls(const QList<QUrl>& urls);
@@ -30,10 +35,15 @@ class ContactImport : public QObject {
   // Access may have been given meanwhile.
   Q_INVOKABLE void lookAgain() { imported_(); }
 
+ Q_SIGNALS:
+  // The desktop has no dialog of its own.
+  void dialogWanted();
+
  private:
   void importFiles(std::vector<std::string> paths);
 
   const Services services_;
+  DesktopFileChooser& chooser_;
   const std::function<void()> imported_;
 };
 

@@ -37,9 +37,18 @@ struct PortalMail {
   std::vector<std::string> attachments;
 };
 
+// Files of one kind, to choose among.
+struct PortalFiles {
+  std::string title;                  // Of the dialog.
+  std::string kind;                   // What such files are called.
+  std::vector<std::string> patterns;  // Of their names, such as "*.vcf".
+};
+
 class DesktopPortal {
  public:
   using Answered = std::function<void(PortalAnswer)>;
+  // `uris` is empty unless the answer is done.
+  using Chosen = std::function<void(PortalAnswer, std::vector<std::string> uris)>;
 
   virtual ~DesktopPortal() = default;
 
@@ -49,6 +58,7 @@ class DesktopPortal {
   // `ask` lets the user choose among the applications that open such files.
   virtual std::unique_ptr<PortalQuestion> openFile(const std::string& path, bool ask, Answered answered,
                                                    Status& status) = 0;
+  virtual std::unique_ptr<PortalQuestion> chooseFiles(const PortalFiles& files, Chosen chosen, Status& status) = 0;
   virtual std::unique_ptr<PortalQuestion> openURI(const std::string& uri, Answered answered, Status& status) = 0;
 
   // Ends the calls under way; those that follow fail at once. Any thread.

@@ -177,7 +177,8 @@ class GDBusIdleInhibitor : public IdleInhibitor {
     }
     const auto loss = std::make_shared<Loss>(std::move(lost));
     auto owner = Loss::watch(*bus, kPortalName, loss);
-    auto request = std::make_unique<PortalRequest>(bus, [agreement](PortalAnswer answer) { agreement->set(answer); });
+    auto request = std::make_unique<PortalRequest>(
+        bus, [agreement](PortalAnswer answer, GVariant* /*results*/) { agreement->set(answer); });
     request->keepAfterAnswer();
     Options options;
     options.add("handle_token", request->token()).add("reason", std::string(kReason));

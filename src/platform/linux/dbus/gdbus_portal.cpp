@@ -36,6 +36,32 @@ GVariant* arrayOf(const std::vector<std::string>& texts, std::size_t first) {
   return g_variant_builder_end(&builder);
 }
 
+// One filter, "a(sa(us))": its name and the patterns.
+GVariant* filtersOf(const PortalFiles& files) {
+  constexpr guint32 kPattern = 0;  // The other kind is a MIME type.
+  GVariantBuilder patterns;
+  g_variant_builder_init(&patterns, G_VARIANT_TYPE("a(us)"));
+  for (const std::string& pattern : files.patterns)
+    g_variant_builder_add(&patterns, "(u@s)", kPattern, textValue(pattern));
+  GVariantBuilder filters;
+  g_variant_builder_init(&filters, G_VARIANT_TYPE("a(sa(us))"));
+  g_variant_builder_add(&filters, "(@s@a(us))", textValue(files.kind), g_variant_builder_end(&patterns));
+  return g_variant_builder_end(&filters);
+}
+
+std::vector<std::string> urisOf(GVariant* results) {
+  std::vector<std::string> uris;
+  GVariant* list = results == nullptr ? nullptr : g_variant_lookup_value(results, "uris", G_VARIANT_TYPE_STRING_ARRAY);
+  if (list == nullptr) return uris;
+  for (gsize i = 0; i < g_variant_n_children(list); ++i) {
+    const gchar* uri = nullptr;
+    g_variant_get_child(list, i, "&s", &uri);
+    uris.emplace_back(uri);
+  }
+  g_variant_unref(list);
+  return uris;
+}
+
 class GDBusPortal : public DesktopPortal {
  public:
   explicit GDBusPortal(const BusSettings& settings) : settings_(settings) {}
@@ -88,6 +114,24 @@ class GDBusPortal : public DesktopPortal {
                    status);
   }
 
+  std::unique_ptr<PortalQuestion> chooseFiles(const PortalFiles& files, Chosen chosen, Status& status) override {
+    auto request = newRequest(
+        [chosen = std::move(chosen)](PortalAnswer answer, GVariant* results) { chosen(answer, urisOf(results)); },
+        status);
+    if (request == nullptr) return nullptr;
+    Options options;
+    options.add("handle_token", request->token())
+        .add("multiple", g_variant_new_boolean(TRUE))
+        .add("filters", filtersOf(files));
+    return started(std::move(request),
+                   {.destination = kPortalName,
+                    .path = kPortalPath,
+                    .interface = "org.freedesktop.portal.FileChooser",
+                    .method = "OpenFile",
+                    .arguments = g_variant_new("(s@s@a{sv})", kNoWindow, textValue(files.title), options.take())},
+                   status);
+  }
+
   std::unique_ptr<PortalQuestion> openURI(const std::string& uri, Answered answered, Status& status) override {
     auto request = newRequest(std::move(answered), status);
     if (request == nullptr) return nullptr;
@@ -106,6 +150,10 @@ class GDBusPortal : public DesktopPortal {
 
  private:
   std::unique_ptr<PortalRequest> newRequest(Answered answered, Status& status) {
+    return newRequest(
+        [answered = std::move(answered)](PortalAnswer answer, GVariant* /*results*/) { answered(answer); }, status);
+  }
+  std::unique_ptr<PortalRequest> newRequest(PortalRequest::Answered answered, Status& status) {
     auto bus = Bus::connect(Bus::Kind::session, settings_.callLimit, cancellation_.get(), status);
     if (bus == nullptr) return nullptr;
     return std::make_unique<PortalRequest>(std::move(bus), std::move(answered));

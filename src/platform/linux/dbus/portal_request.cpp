@@ -22,11 +22,7 @@ std::string pathFor(const Bus& bus, const std::string& token) {
   return std::string(kPortalPath) + "/request/" + sender + "/" + token;
 }
 
-PortalAnswer answerOf(GVariant* arguments) {
-  guint32 response = 2;
-  if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ua{sv})")) != 0) {
-    g_variant_get(arguments, "(ua{sv})", &response, nullptr);
-  }
+PortalAnswer answerOf(guint32 response) {
   if (response == 0) return PortalAnswer::done;
   return response == 1 ? PortalAnswer::cancelled : PortalAnswer::failed;
 }
@@ -34,17 +30,26 @@ PortalAnswer answerOf(GVariant* arguments) {
 }  // namespace
 
 struct PortalRequest::Shared {
-  explicit Shared(DesktopPortal::Answered toTell) : answered(std::move(toTell)) {}
+  explicit Shared(Answered toTell) : answered(std::move(toTell)) {}
 
-  const DesktopPortal::Answered answered;
+  const Answered answered;
   std::atomic<bool> done{false};
 
-  void answer(PortalAnswer answer) {
-    if (!done.exchange(true)) answered(answer);
+  void answer(PortalAnswer answer, GVariant* results = nullptr) {
+    if (!done.exchange(true)) answered(answer, results);
+  }
+  // The arguments of a Response.
+  void respond(GVariant* arguments) {
+    if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ua{sv})")) == 0) return answer(PortalAnswer::failed);
+    guint32 response = 0;
+    GVariant* results = nullptr;
+    g_variant_get(arguments, "(u@a{sv})", &response, &results);
+    answer(answerOf(response), results);
+    g_variant_unref(results);
   }
 };
 
-PortalRequest::PortalRequest(std::shared_ptr<Bus> bus, DesktopPortal::Answered answered)
+PortalRequest::PortalRequest(std::shared_ptr<Bus> bus, Answered answered)
     : bus_(std::move(bus)),
       token_(newToken()),
       path_(pathFor(*bus_, token_)),
@@ -69,7 +74,7 @@ PortalRequest::~PortalRequest() {
 
 Subscription PortalRequest::listen(const std::string& path) const {
   return bus_->onSignal(kPortalName, path, kRequest, "Response",
-                        [shared = shared_](GVariant* arguments) { shared->answer(answerOf(arguments)); });
+                        [shared = shared_](GVariant* arguments) { shared->respond(arguments); });
 }
 
 Status PortalRequest::start(BusCall call, GCancellable* cancellable) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,8 +18,11 @@ inline constexpr const char* kPortalPath = "/org/freedesktop/portal/desktop";
 
 class PortalRequest : public PortalQuestion {
  public:
+  // `results` is the portal's dictionary "a{sv}"; null when it gave none.
+  using Answered = std::function<void(PortalAnswer, GVariant* results)>;
+
   // Listens for the answer first, since it may overtake the call's own.
-  PortalRequest(std::shared_ptr<Bus> bus, DesktopPortal::Answered answered);
+  PortalRequest(std::shared_ptr<Bus> bus, Answered answered);
   PortalRequest(const PortalRequest&) = delete;
   PortalRequest& operator=(const PortalRequest&) = delete;
   // Closes the request unless it was answered.

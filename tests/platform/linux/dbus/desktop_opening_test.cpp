@@ -1,8 +1,9 @@
-// Files and pages that another application opens.
+// Files and pages that another application opens, and the choice of files.
 
 #include <gmock/gmock.h>
 
 #include "platform/linux/dbus/desktop_document_hand_over.h"
+#include "platform/linux/dbus/desktop_file_chooser.h"
 #include "platform/linux/dbus/desktop_store_review.h"
 #include "platform/linux/dbus/stand_in.h"
 
@@ -126,6 +127,44 @@ TEST_F(DesktopStore, OpensNothingWhereNobodySitsAtADesktop) {
   ask(/*desktop=*/false);
   EXPECT_TRUE(tasks_.idle());
   EXPECT_TRUE(log_.has("store page: appstream://io.varnok.Varnok"));
+}
+
+using Uris = std::optional<std::vector<std::string>>;
+
+class FileChooser : public DesktopTest {
+ protected:
+  ~FileChooser() override {
+    chooser_.stop();
+    running_.reset();
+  }
+
+  // The answer; "(none)" is the only one when none comes in time.
+  Uris chosen() {
+    std::optional<Uris> answer;
+    chooser_.choose({"Import", "vCard", {"*.vcf", "*.VCF"}}, [&](const Uris& uris) { answer = uris; });
+    return await([&] { return answer.has_value(); }) ? *answer : Uris({"(none)"});
+  }
+
+  DesktopFileChooser chooser_{{true, {3s}}, tasks_, log_};
+};
+
+TEST_F(FileChooser, GivesWhatTheUserChose) {
+  StandIn portal("portal");
+  EXPECT_EQ(chosen(), Uris({"file:///tmp/a%20b.vcf", "file:///tmp/c.vcf"})) << log_.text();
+  EXPECT_EQ(portal.line(), "files\tImport\tseveral\tvCard *.vcf *.VCF");
+  portal.tell("answer 1");
+  EXPECT_EQ(chosen(), Uris(std::vector<std::string>()));
+}
+
+TEST_F(FileChooser, SaysThatNobodyAsks) {
+  EXPECT_EQ(chosen(), std::nullopt) << "without a portal";
+  {
+    StandIn portal("portal");
+    portal.tell("answer 2");
+    EXPECT_EQ(chosen(), std::nullopt) << "where it fails";
+  }
+  const StandIn silent("silent", "org.freedesktop.portal.Desktop");
+  EXPECT_EQ(chosen(), std::nullopt) << "where it never answers";
 }
 
 }  // namespace

@@ -102,6 +102,13 @@ class Backend(dbus.service.Object):
         say("choose", ",".join(choices))
         self.ask(handle, {"choice": "viewer"}, done)
 
+    @dbus.service.method(IMPLEMENTED + "FileChooser", in_signature="osssa{sv}", out_signature="ua{sv}",
+                         async_callbacks=("done", "failed"))
+    def OpenFile(self, handle, app, window, title, options, done, failed):
+        kinds = ",".join(f"{kind} {' '.join(text for _, text in patterns)}" for kind, patterns in options["filters"])
+        say("files", title, "several" if options["multiple"] else "one", kinds)
+        self.ask(handle, {"uris": ["file:///tmp/a%20b.vcf", "file:///tmp/c.vcf"]}, done)
+
     @dbus.service.method(IMPLEMENTED + "Inhibit", in_signature="ossua{sv}", out_signature="",
                          async_callbacks=("done", "failed"))
     def Inhibit(self, handle, app, window, flags, options, done, failed):
@@ -117,7 +124,7 @@ class Portal(Program):
     def __init__(self, bus):
         folder = os.environ["XDG_DESKTOP_PORTAL_DIR"]
         with open(os.path.join(folder, "mock.portal"), "w", encoding="utf-8") as file:
-            interfaces = ";".join(IMPLEMENTED + name for name in ("Email", "AppChooser", "Inhibit"))
+            interfaces = ";".join(IMPLEMENTED + name for name in ("Email", "AppChooser", "FileChooser", "Inhibit"))
             file.write(f"[portal]\nDBusName={BACKEND}\nInterfaces={interfaces}\nUseIn=mock\n")
         self.name = dbus.service.BusName(BACKEND, bus)
         self.backend = Backend(bus)

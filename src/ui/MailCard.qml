@@ -32,6 +32,7 @@ FrontCard {
     closePolicy: Popup.CloseOnEscape
 
     Flickable {
+        id: scroller
         anchors.fill: parent
         LayoutMirroring.enabled: card.rightToLeft
         LayoutMirroring.childrenInherit: true
@@ -39,6 +40,8 @@ FrontCard {
         contentHeight: column.implicitHeight
         clip: contentHeight > height
         boundsBehavior: Flickable.StopAtBounds
+
+        FocusFollower { view: scroller }
 
         Column {
             id: column

@@ -69,8 +69,9 @@ FocusScope {
             onClicked: page.screen.tap("btn_Settings")
         }
     }
+    FocusFollower { view: scroller }
     Flickable {
-        id: view
+        id: scroller
         anchors.top: bar.bottom
         anchors.bottom: parent.bottom
         width: parent.width
@@ -81,7 +82,7 @@ FocusScope {
         Item {
             id: content
             anchors.horizontalCenter: parent.horizontalCenter
-            y: Math.max(Theme.margin, Math.round((view.height - implicitHeight) * (page.flat ? 0.4 : 0.42)))
+            y: Math.max(Theme.margin, Math.round((scroller.height - implicitHeight) * (page.flat ? 0.4 : 0.42)))
             width: Math.min(parent.width - 2 * Theme.margin, page.flat ? 720 : 480)
             implicitHeight: page.empty || page.denied ? nobody.implicitHeight : ready.implicitHeight
 
@@ -162,7 +163,7 @@ FocusScope {
                 AbstractButton {
                     id: big
                     objectName: "btn_Backup"
-                    readonly property int side: page.flat ? Math.max(160, Math.min(220, view.height - 2 * Theme.margin)) : 232
+                    readonly property int side: page.flat ? Math.max(160, Math.min(220, scroller.height - 2 * Theme.margin)) : 232
                     Layout.alignment: Qt.AlignHCenter
                     implicitWidth: side
                     implicitHeight: side

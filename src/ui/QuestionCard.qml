@@ -48,6 +48,7 @@ FrontCard {
         color: Theme.raised
     }
     Flickable {
+        id: scroller
         anchors.fill: parent
         LayoutMirroring.enabled: popup.rightToLeft
         LayoutMirroring.childrenInherit: true
@@ -55,6 +56,8 @@ FrontCard {
         contentHeight: column.implicitHeight
         clip: contentHeight > height
         boundsBehavior: Flickable.StopAtBounds
+
+        FocusFollower { view: scroller }
 
         Column {
             id: column

@@ -259,6 +259,7 @@ FocusScope {
         }
     }
 
+    FocusFollower { view: list }
     SectionIndex {
         id: letters
         visible: titles.length > 1 && list.contentHeight > list.height

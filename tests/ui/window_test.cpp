@@ -282,6 +282,17 @@ void WindowTest::wholeWayByKeyboard() {
   QVERIFY(driver.services().preferences.boolForKey(key::multipleVCF));
   driver.key(Qt::Key_Escape);
   QCOMPARE(driver.page().name(), "VarnokSettingsViewController");
+
+  // What comes next is shown, wherever it is.
+  const QRectF all(QPointF(), driver.window().size());
+  bool helped = false;
+  for (int i = 0; i < 6; ++i) {
+    driver.key(Qt::Key_Tab);
+    const QQuickItem* reached = driver.window().activeFocusItem();
+    QVERIFY2(all.contains(reached->mapRectToScene(reached->boundingRect())), qPrintable(reached->objectName()));
+    helped = helped || reached->objectName() == "onClick_Support";
+  }
+  QVERIFY(helped);
 }
 
 void WindowTest::wideWindowShowsTheSettingsBesideTheirPage() {

@@ -41,6 +41,9 @@ test "$(as_person varnokctl --json backups --all | grep -o '"name"' | wc -l)" = 
 
 apt-get -qq -y --no-install-recommends install ./packages/varnok-desktop_*.deb ./packages/varnok_*.deb >/dev/null
 as_person QT_QPA_PLATFORM=offscreen varnok --version
+# The window opens with what the packages depend on, and stays until it is ended.
+as_person QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software timeout 5 varnok 2>/tmp/window || test $? = 124
+if grep -E 'qrc:|not installed|\.qml' /tmp/window; then exit 1; fi
 test -z "$(ldd /usr/bin/varnok /usr/lib/*/varnok/*.so | grep 'not found')"
 apt-get -qq -y purge varnok varnok-desktop varnokctl >/dev/null
 test -z "$(find / -xdev -name '*varnok*' -not -path '/home/*' -not -path '/packages/*' -not -path '/var/*' -not -path '/proc/*')"

@@ -11,34 +11,31 @@ DesktopFileChooser::DesktopFileChooser(const Settings& settings, TaskRunner& tas
 
 void DesktopFileChooser::choose(const PortalFiles& files, const Chosen& chosen) {
   questions_.endAll();
-  if (!desktop_ || !hasSessionBus()) return giveUp(chosen, "there is no desktop");
-  tasks_.globalQueue([this, files, chosen] { ask(files, chosen); });
+  const OpenQuestions::Number number = questions_.begin();
+  if (!desktop_ || !hasSessionBus()) return giveUp(number, chosen, "there is no desktop");
+  tasks_.globalQueue([this, number, files, chosen] { ask(number, files, chosen); });
 }
 
-void DesktopFileChooser::ask(const PortalFiles& files, const Chosen& chosen) {
+void DesktopFileChooser::ask(OpenQuestions::Number number, const PortalFiles& files, const Chosen& chosen) {
+  if (!questions_.isOpen(number)) return;
   const auto portal = portal_.get();
-  if (portal == nullptr) return giveUp(chosen, "there is no portal to ask");
-  const OpenQuestions::Number number = questions_.begin();
+  if (portal == nullptr) return giveUp(number, chosen, "there is no portal to ask");
   Status status;
   auto question = portal->chooseFiles(
       files,
-      [this, chosen, number](PortalAnswer answer, std::vector<std::string> uris) {
-        tasks_.mainThread([this, chosen, number, answer, uris = std::move(uris)] {
-          if (!questions_.end(number)) return;
-          if (answer == PortalAnswer::failed) return giveUp(chosen, "the portal gave up");
-          chosen(uris);
+      [this, number, chosen](PortalAnswer answer, std::vector<std::string> uris) {
+        tasks_.mainThread([this, number, chosen, answer, uris = std::move(uris)] {
+          if (answer == PortalAnswer::failed) return giveUp(number, chosen, "the portal gave up");
+          if (questions_.end(number)) chosen(uris);
         });
       },
       status);
-  if (question != nullptr) {
-    questions_.keep(number, std::move(question));
-    return;
-  }
-  questions_.end(number);
-  if (status.code() != Status::Code::cancelled) giveUp(chosen, status.message());
+  if (question == nullptr) return giveUp(number, chosen, status.message());
+  questions_.keep(number, std::move(question));
 }
 
-void DesktopFileChooser::giveUp(const Chosen& chosen, const std::string& why) {
+void DesktopFileChooser::giveUp(OpenQuestions::Number number, const Chosen& chosen, const std::string& why) {
+  if (!questions_.end(number)) return;  // Another choice stands in its place.
   log_.write("files not chosen through the portal: " + why);
   tasks_.mainThread([chosen] { chosen(std::nullopt); });
 }

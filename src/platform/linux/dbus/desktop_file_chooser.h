@@ -29,16 +29,16 @@ class DesktopFileChooser {
   // The references, and this, outlive every choice under way.
   DesktopFileChooser(const Settings& settings, TaskRunner& tasks, DeveloperLog& log);
 
-  // `chosen` runs once, unless stop() comes first. A choice that is still open
-  // is taken away.
+  // `chosen` runs once, unless stop() or another choice comes first, which takes
+  // the dialog away.
   void choose(const PortalFiles& files, const Chosen& chosen);
 
   // As for DesktopMailComposer.
   void stop();
 
  private:
-  void ask(const PortalFiles& files, const Chosen& chosen);
-  void giveUp(const Chosen& chosen, const std::string& why);
+  void ask(OpenQuestions::Number number, const PortalFiles& files, const Chosen& chosen);
+  void giveUp(OpenQuestions::Number number, const Chosen& chosen, const std::string& why);
 
   const bool desktop_;
   TaskRunner& tasks_;

@@ -2,10 +2,11 @@
 // Data Server.
 //
 // A handle reads the whole book at its first read, in one call, and keeps it as
-// text until its save or its end: that is the state it sees. A save makes three
-// bulk calls: additions, changes, removals, in this order, so that a failure
-// between them may leave somebody twice but never not at all. The service knows
-// no transaction over them: what an earlier call stored stays stored when a
+// text until its save or its end: that is the state it sees. A handle that only
+// counts asks for nothing where the revision is that of the last reading. A save
+// makes three bulk calls: additions, changes, removals, in this order, so that a
+// failure between them may leave somebody twice but never not at all. The service
+// knows no transaction over them: what an earlier call stored stays stored when a
 // later one fails, and the Status says so. Changes are made to the contacts as
 // they are at the save, so that others' changes of other properties stay.
 //

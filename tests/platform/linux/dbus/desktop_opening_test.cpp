@@ -156,6 +156,18 @@ TEST_F(FileChooser, GivesWhatTheUserChose) {
   EXPECT_EQ(chosen(), Uris(std::vector<std::string>()));
 }
 
+TEST_F(FileChooser, TheLastChoiceIsTheOneThatIsAsked) {
+  StandIn portal("portal");
+  portal.tell("answer never");
+  bool answered = false;
+  chooser_.choose({"First", "vCard", {"*.vcf"}}, [&](const Uris&) { answered = true; });
+  EXPECT_THAT(portal.line(), testing::HasSubstr("First"));
+  portal.tell("answer 1");
+  EXPECT_EQ(chosen(), Uris(std::vector<std::string>()));
+  EXPECT_EQ(portal.line(), "closed");
+  EXPECT_FALSE(answered);
+}
+
 TEST_F(FileChooser, SaysThatNobodyAsks) {
   EXPECT_EQ(chosen(), std::nullopt) << "without a portal";
   {
